@@ -1,0 +1,44 @@
+# Compiler and linker settings that every target of the project shares.
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 99)
+set(CMAKE_C_STANDARD_REQUIRED ON)
+set(CMAKE_C_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(THREADS_PREFER_PTHREAD_FLAG ON)
+
+# 64-bit file offsets on 32-bit targets too; clock_gettime and friends in plain C99 mode.
+add_compile_definitions(_FILE_OFFSET_BITS=64 _POSIX_C_SOURCE=200809L)
+
+# Warnings for our own code only.
+add_library(zo_warnings INTERFACE)
+target_compile_options(zo_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wcast-align -Wcast-qual -Wformat=2 -Wundef -Wvla -Wno-psabi
+  $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual>
+  $<$<BOOL:${ZO_WARNINGS_AS_ERRORS}>:-Werror>)
+
+if(ZO_SANITIZE)
+  set(zo_sanitize_flags -fsanitize=${ZO_SANITIZE} -fno-omit-frame-pointer)
+  if(ZO_SANITIZE MATCHES "undefined")
+    list(APPEND zo_sanitize_flags -fno-sanitize-recover=undefined)
+  endif()
+  add_compile_options(${zo_sanitize_flags})
+  add_link_options(${zo_sanitize_flags})
+endif()
+
+# Sets what the two shared libraries have in common: version, soname, the list of names that may leave it.
+function(zo_shared_library target version_script)
+  set_target_properties(${target} PROPERTIES
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}
+    LINK_DEPENDS ${version_script})
+  target_link_options(${target} PRIVATE "LINKER:--version-script=${version_script}")
+  if(NOT ZO_SANITIZE)
+    target_link_options(${target} PRIVATE LINKER:--no-undefined)
+  endif()
+endfunction()

@@ -1,0 +1,6 @@
+# The libraries that the project rests on, each from the system.
+find_package(Threads REQUIRED)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(ZO_FFMPEG REQUIRED IMPORTED_TARGET
+  libavformat>=57 libavcodec>=57 libavutil>=55 libswscale>=4)
+pkg_check_modules(ZO_TURBOJPEG REQUIRED IMPORTED_TARGET libturbojpeg>=1.4)

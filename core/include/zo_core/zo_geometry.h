@@ -1,0 +1,50 @@
+#ifndef ZO_CORE_ZO_GEOMETRY_H
+#define ZO_CORE_ZO_GEOMETRY_H
+
+#include "zo_core/zo_export.h"
+
+namespace zo {
+
+/// Width and height in pixels. A size counts as set only when both are greater than 0.
+struct Size {
+  Size() = default;
+  Size(int width_, int height_) : width(width_), height(height_) {}
+
+  int width = 0;
+  int height = 0;
+};
+
+inline bool operator==(const Size& a, const Size& b) {
+  return a.width == b.width && a.height == b.height;
+}
+inline bool operator!=(const Size& a, const Size& b) {
+  return !(a == b);
+}
+
+/// A position in pixels, from the top left corner. It may lie outside the image.
+struct Point {
+  Point() = default;
+  Point(int x_, int y_) : x(x_), y(y_) {}
+
+  int x = 0;
+  int y = 0;
+};
+
+/// A rectangle in pixels: columns x to x + width - 1 and rows y to y + height - 1.
+struct Rect {
+  Rect() = default;
+  Rect(int x_, int y_, int width_, int height_) : x(x_), y(y_), width(width_), height(height_) {}
+
+  /// Clips this rectangle to an image of that size, in place. A rectangle wholly outside (or an empty one)
+  /// becomes an empty one: width or height 0, at a position inside or on the border of the image.
+  ZO_CORE_API void crop(const Size& size);
+
+  int x = 0;
+  int y = 0;
+  int width = 0;
+  int height = 0;
+};
+
+}  // namespace zo
+
+#endif

@@ -1,0 +1,37 @@
+#ifndef ZO_VIDEO_ZO_JPEG_DECODER_H
+#define ZO_VIDEO_ZO_JPEG_DECODER_H
+
+#include "zo_core/zo_frame.h"
+#include "zo_video/zo_video_export.h"
+
+namespace zo {
+
+/// Decompresses JPEG data, keeping the image's own colour model. One thread at a time.
+class ZO_VIDEO_API JpegDecoder {
+ public:
+  class Impl;
+
+  /// @throws zo::Exception  ZO_STATUS_OUT_OF_MEMORY: the coder cannot be set up. std::bad_alloc.
+  JpegDecoder();
+  ~JpegDecoder();
+  JpegDecoder(const JpegDecoder&) = delete;
+  JpegDecoder& operator=(const JpegDecoder&) = delete;
+
+  /// Decompresses the image into `frame`, which is reused: grey as ZO_FRAME_FORMAT_GRAY8; YCbCr as planar YUV
+  /// of its own subsampling (4:4:4, 4:2:2 or 4:2:0) without colour conversion; RGB as ZO_FRAME_FORMAT_BGR24.
+  /// In a ZO_FRAME_FORMAT_YUV422_PLANAR frame plane 1 is V and plane 2 is U. The timestamp is kept.
+  ///
+  /// @param p_buffer  The JPEG data, `size` bytes; not kept.
+  /// @throws zo::Exception  ZO_STATUS_NULL_POINTER: p_buffer is null. ZO_STATUS_CODEC_ERROR: no JPEG data, or
+  ///                        damaged. ZO_STATUS_NOT_SUPPORTED: another subsampling or colour model.
+  ///                        std::bad_alloc. Once the header was read, `frame` has been reshaped and its
+  ///                        pixels are undefined.
+  void decode(const unsigned char* p_buffer, unsigned size, Frame& frame);
+
+ private:
+  Impl* _p_impl;
+};
+
+}  // namespace zo
+
+#endif

@@ -1,0 +1,62 @@
+#include "zo_ffmpeg_compat.h"
+
+extern "C" {
+#include <libavutil/avutil.h>
+}
+
+namespace zo {
+
+void registerFormatsAndCodecs() {
+#if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(58, 9, 100)
+  av_register_all();
+#endif
+}
+
+int findBestVideoStream(AVFormatContext* p_format, const AVCodec** pp_decoder) {
+#if LIBAVFORMAT_VERSION_MAJOR < 59
+  AVCodec* p_decoder = nullptr;
+#else
+  const AVCodec* p_decoder = nullptr;
+#endif
+  const int index = av_find_best_stream(p_format, AVMEDIA_TYPE_VIDEO, -1, -1, &p_decoder, 0);
+  *pp_decoder = p_decoder;
+  return index;
+}
+
+const int32_t* displayMatrix(AVStream* p_stream) {
+  const uint8_t* p_data = nullptr;
+#if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(60, 15, 100)
+  p_data = av_stream_get_side_data(p_stream, AV_PKT_DATA_DISPLAYMATRIX, nullptr);
+#else
+  const AVCodecParameters* p_parameters = p_stream->codecpar;
+  const AVPacketSideData* p_side_data = av_packet_side_data_get(
+      p_parameters->coded_side_data, p_parameters->nb_coded_side_data, AV_PKT_DATA_DISPLAYMATRIX);
+  if (p_side_data != nullptr) {
+    p_data = p_side_data->data;
+  }
+#endif
+  return reinterpret_cast<const int32_t*>(p_data);
+}
+
+bool hasFirstDts() {
+  return LIBAVFORMAT_VERSION_MAJOR < 59;
+}
+
+int64_t firstDts(const AVStream* p_stream) {
+#if LIBAVFORMAT_VERSION_MAJOR < 59
+  return p_stream->first_dts;
+#else
+  static_cast<void>(p_stream);
+  return AV_NOPTS_VALUE;
+#endif
+}
+
+const char* renamedSocketTimeoutOption() {
+#if LIBAVFORMAT_VERSION_MAJOR < 59
+  return nullptr;
+#else
+  return "timeout";
+#endif
+}
+
+}  // namespace zo

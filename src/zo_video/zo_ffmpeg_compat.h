@@ -1,0 +1,37 @@
+#ifndef ZO_VIDEO_SRC_ZO_FFMPEG_COMPAT_H
+#define ZO_VIDEO_SRC_ZO_FFMPEG_COMPAT_H
+
+#include <cstdint>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+}
+
+namespace zo {
+
+// Everything that differs between FFmpeg 3.x and the newest, under names for what the caller wants. The rest
+// of the code reads as if there were one FFmpeg.
+
+/// Makes all demuxers and decoders known, where FFmpeg does not do that by itself.
+void registerFormatsAndCodecs();
+
+/// Index of the best video stream, or a negative error; *pp_decoder receives its decoder.
+int findBestVideoStream(AVFormatContext* p_format, const AVCodec** pp_decoder);
+
+/// The 3 x 3 display matrix of a stream, or null when it carries none.
+const int32_t* displayMatrix(AVStream* p_stream);
+
+/// True when a stream's first decoding timestamp is still a public field; otherwise the caller has to read
+/// ahead to the stream's first packet for it.
+bool hasFirstDts();
+/// That field, AV_NOPTS_VALUE where it does not exist.
+int64_t firstDts(const AVStream* p_stream);
+
+/// The option that bounds socket waits in the RTSP demuxer where "stimeout" is no longer known; null where it
+/// still is.
+const char* renamedSocketTimeoutOption();
+
+}  // namespace zo
+
+#endif

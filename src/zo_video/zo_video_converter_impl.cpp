@@ -1,0 +1,142 @@
+#include "zo_video_converter_impl.h"
+
+#include "zo_core/zo_exception.h"
+#include "zo_video_helpers.h"
+
+extern "C" {
+#include <libavutil/log.h>
+}
+
+namespace zo {
+namespace {
+
+constexpr char SOURCE_FILE[] = "src/zo_video/zo_video_converter_impl";
+
+// The plane arguments of one image as the scaler takes them.
+struct ScalerPlanes {
+  uint8_t* data[4];
+  int strides[4];
+};
+
+// The scaler takes sources as pointers to constant bytes itself; one record serves both sides.
+ScalerPlanes planesOf(const Frame& frame) {
+  ScalerPlanes planes;
+  for (unsigned i = 0; i < 4; ++i) {
+    planes.data[i] = const_cast<uint8_t*>(frame.planeData(i));
+    planes.strides[i] = static_cast<int>(frame.planeStride(i));
+  }
+  return planes;
+}
+
+// The scaler leaves the chroma plane of a semi-planar picture alone when it copies it to the same format and
+// the third plane pointer is null. It never follows that pointer there; it only has to be something.
+void completeSemiPlanar(AVPixelFormat format, ScalerPlanes& planes) {
+  if ((format == AV_PIX_FMT_NV12 || format == AV_PIX_FMT_NV21) && planes.data[2] == nullptr) {
+    planes.data[2] = planes.data[1];
+    planes.strides[2] = planes.strides[1];
+  }
+}
+
+AVPixelFormat withoutFullRange(AVPixelFormat format) {
+  switch (format) {
+    case AV_PIX_FMT_YUVJ420P:
+      return AV_PIX_FMT_YUV420P;
+    case AV_PIX_FMT_YUVJ422P:
+      return AV_PIX_FMT_YUV422P;
+    case AV_PIX_FMT_YUVJ444P:
+      return AV_PIX_FMT_YUV444P;
+    case AV_PIX_FMT_YUVJ440P:
+      return AV_PIX_FMT_YUV440P;
+    default:
+      return format;
+  }
+}
+
+}  // namespace
+
+VideoConverter::Impl::Impl() {
+  // A refused pair of formats is reported by an exception, not by the scaler's log line.
+  static const bool SILENCED = (av_log_set_level(AV_LOG_QUIET), true);
+  static_cast<void>(SILENCED);
+}
+
+void VideoConverter::Impl::prepareScaler(Size src_size, AVPixelFormat src_format, Size dst_size,
+                                         AVPixelFormat dst_format, int flags, const char* function) {
+  // The scaler ends the process when asked about "no format"; that is a refusal like any other.
+  const bool known = src_format != AV_PIX_FMT_NONE && dst_format != AV_PIX_FMT_NONE;
+  _p_sws_ctx.reset(known ? sws_getCachedContext(_p_sws_ctx.release(), src_size.width, src_size.height,
+                                                src_format, dst_size.width, dst_size.height, dst_format,
+                                                flags, nullptr, nullptr, nullptr)
+                         : nullptr);
+  if (_p_sws_ctx == nullptr) {
+    throw Exception(nullptr, ZO_STATUS_OUT_OF_MEMORY, function, SOURCE_FILE, __LINE__,
+                    "Cannot allocate scale context (SwsContext)");
+  }
+}
+
+void VideoConverter::Impl::convert(const Frame& src, FrameFormat dst_format, Size dst_size, Frame& dst,
+                                   ScaleAlgorithm algorithm) {
+  static const char FUNCTION[] = "convert";
+  if (&src == &dst) {
+    if (src.format() == dst_format && src.size() == dst_size) {
+      return;
+    }
+    const Frame source = src;  // shares the pixels, so that reshaping the destination leaves them alone
+    convert(source, dst_format, dst_size, dst, algorithm);
+    return;
+  }
+  dst.reuse(dst_format, dst_size, DeviceContext(), 0);
+  if (src.format() == dst_format && src.size() == dst_size) {
+    src.copyTo(dst);
+    return;
+  }
+  const AVPixelFormat src_av_format = frameFormatToAvPixelFormat(src.format());
+  const AVPixelFormat dst_av_format = frameFormatToAvPixelFormat(dst_format);
+  const int flags = videoConvertorAlgorithmToAvScaleFlags(algorithm);
+  prepareScaler(src.size(), src_av_format, dst_size, dst_av_format, flags, FUNCTION);
+
+  ScalerPlanes src_planes = planesOf(src);
+  ScalerPlanes dst_planes = planesOf(dst);
+  completeSemiPlanar(src_av_format, src_planes);
+  completeSemiPlanar(dst_av_format, dst_planes);
+  const int rows = sws_scale(_p_sws_ctx.get(), src_planes.data, src_planes.strides, 0, src.size().height,
+                             dst_planes.data, dst_planes.strides);
+  if (rows != dst_size.height) {
+    throw Exception(nullptr, ZO_STATUS_UNEXPECTED_RESULT, FUNCTION, SOURCE_FILE, __LINE__,
+                    "sws_scale() returned %d, expected height_dst(%d)", rows, dst_size.height);
+  }
+  dst.setTimestamp(src.timestamp());
+}
+
+int VideoConverter::Impl::convertAvFrame(const AVFrame* p_src_frame, AVPixelFormat dst_format, Frame& dst) {
+  static const char FUNCTION[] = "convertAvFrame";
+  if (p_src_frame == nullptr) {
+    throw Exception(nullptr, ZO_STATUS_NULL_POINTER, FUNCTION, SOURCE_FILE, __LINE__,
+                    "Parameter 'p_src_frame' is null");
+  }
+  // There and back, so that frame and scaler agree on the layout of formats without an equivalent.
+  const FrameFormat frame_format = avPixelFormatToFrameFormat(dst_format);
+  const AVPixelFormat dst_av_format = frameFormatToAvPixelFormat(frame_format);
+  const AVPixelFormat src_av_format = withoutFullRange(static_cast<AVPixelFormat>(p_src_frame->format));
+  const Size size(p_src_frame->width, p_src_frame->height);
+  prepareScaler(size, src_av_format, size, dst_av_format, 0, FUNCTION);
+  dst.reuse(frame_format, size, DeviceContext(), 0);
+
+  ScalerPlanes src_planes;
+  for (unsigned i = 0; i < 4; ++i) {
+    src_planes.data[i] = p_src_frame->data[i];
+    src_planes.strides[i] = p_src_frame->linesize[i];
+  }
+  ScalerPlanes dst_planes = planesOf(dst);
+  completeSemiPlanar(src_av_format, src_planes);
+  completeSemiPlanar(dst_av_format, dst_planes);
+  const int rows = sws_scale(_p_sws_ctx.get(), src_planes.data, src_planes.strides, 0, size.height,
+                             dst_planes.data, dst_planes.strides);
+  if (rows != size.height) {
+    throw Exception(nullptr, ZO_STATUS_UNEXPECTED_RESULT, FUNCTION, SOURCE_FILE, __LINE__,
+                    "sws_scale() returned %d, expected dst_height(%d)", rows, size.height);
+  }
+  return rows;
+}
+
+}  // namespace zo

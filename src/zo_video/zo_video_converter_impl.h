@@ -1,0 +1,33 @@
+#ifndef ZO_VIDEO_SRC_ZO_VIDEO_CONVERTER_IMPL_H
+#define ZO_VIDEO_SRC_ZO_VIDEO_CONVERTER_IMPL_H
+
+#include "zo_ffmpeg_handles.h"
+#include "zo_video/zo_video_converter.h"
+
+namespace zo {
+
+/// The one place where pixel formats are changed and images resized: a cached scaler set-up and two ways in,
+/// for frames and for decoded pictures.
+class VideoConverter::Impl {
+ public:
+  /// The first converter of the process turns FFmpeg's log output off.
+  Impl();
+
+  /// See VideoConverter::convert().
+  void convert(const Frame& src, FrameFormat dst_format, Size dst_size, Frame& dst, ScaleAlgorithm algorithm);
+
+  /// Converts a decoded picture at its own size; `dst_format` is the decoder's pixel format, and the frame
+  /// gets the format that it maps to. The timestamp of `dst` is left alone. Returns the number of rows that
+  /// the scaler reported.
+  int convertAvFrame(const AVFrame* p_src_frame, AVPixelFormat dst_format, Frame& dst);
+
+ private:
+  void prepareScaler(Size src_size, AVPixelFormat src_format, Size dst_size, AVPixelFormat dst_format,
+                     int flags, const char* function);
+
+  ScalerPtr _p_sws_ctx;
+};
+
+}  // namespace zo
+
+#endif
