@@ -9,7 +9,7 @@ namespace zo {
 /// Decompresses JPEG data, keeping the image's own colour model. One thread at a time.
 class ZO_VIDEO_API JpegDecoder {
  public:
-  class Impl;
+  class ZO_VIDEO_PRIVATE Impl;
 
   /// @throws zo::Exception  ZO_STATUS_OUT_OF_MEMORY: the coder cannot be set up. std::bad_alloc.
   JpegDecoder();

@@ -11,7 +11,7 @@ namespace zo {
 /// layouts take one conversion of the layout. Keeps its memory between calls. One thread at a time.
 class ZO_VIDEO_API JpegEncoder {
  public:
-  class Impl;
+  class ZO_VIDEO_PRIVATE Impl;
 
   /// Throws std::bad_alloc. A coder that cannot be set up is reported by encode().
   JpegEncoder();

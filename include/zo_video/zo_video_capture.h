@@ -13,7 +13,7 @@ namespace zo {
 /// status. One thread at a time per object.
 class ZO_VIDEO_API VideoCapture : public ICapture {
  public:
-  class Impl;
+  class ZO_VIDEO_PRIVATE Impl;
 
   /// @param enable_navigation  Open with the frame index that setPosition() and frameCount() need.
   /// @param skip_empty         Leave out frames without pixels (pictures that the decoder did not produce).

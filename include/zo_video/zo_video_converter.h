@@ -14,7 +14,7 @@ namespace zo {
 /// cheap. One thread at a time per converter; different converters are independent.
 class ZO_VIDEO_API VideoConverter {
  public:
-  class Impl;
+  class ZO_VIDEO_PRIVATE Impl;
 
   /// How pictures are resized (libswscale's algorithms, with no other flag). The numbers never change.
   enum ScaleAlgorithm : int32_t {

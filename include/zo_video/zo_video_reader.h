@@ -29,7 +29,7 @@ enum VideoRotation : int32_t {
 /// FFmpeg's own log output off).
 class ZO_VIDEO_API VideoReader {
  public:
-  class Impl;
+  class ZO_VIDEO_PRIVATE Impl;
 
   /// The navigation index of a file is kept beside it, under the file's name with this text appended: ".zo".
   static const char* const NAVIGATION_FILE_EXTENSION;

@@ -1,0 +1,1 @@
+#include "zo_record_layout.h"
