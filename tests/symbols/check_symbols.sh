@@ -19,6 +19,8 @@ trap 'rm -rf "$work"' EXIT
 
 "${NM:-nm}" --dynamic --defined-only "$library" | awk '{ sub(/@.*/, "", $NF); print $NF }' |
   LC_ALL=C sort -u > "$work/names"
+c++filt < "$work/names" > "$work/meanings"
+paste -d ' ' "$work/names" "$work/meanings" | sed 's/^\([^ ]*\) \1$/\1/' > "$work/now"
 if ! [ -s "$work/now" ]; then
   echo "$library exports nothing" >&2
   exit 1
@@ -26,7 +28,11 @@ fi
 
 ours='^(zo(Frame|Video)[A-Za-z]*_[a-zA-Z]+|[^ ]+ ((typeinfo|typeinfo name|vtable) for )?zo::.*)$'
 # A private part (Impl) of an exported class is not for callers either.
-if { grep -Ev "$ours" "$work/now"; grep ' zo::[A-Za-z]*::Impl::' "$work/now"; } > "$work/foreign"; [ -s "$work/foreign" ]; then
+{
+  grep -Ev "$ours" "$work/now" || true
+  grep 'zo::[A-Za-z]*::Impl\b' "$work/now" || true
+} > "$work/foreign"
+if [ -s "$work/foreign" ]; then
   echo "$library exports names that are not for its callers:" >&2
   cat "$work/foreign" >&2
   exit 1
