@@ -35,7 +35,7 @@ const int32_t* displayMatrix(AVStream* p_stream) {
     p_data = p_side_data->data;
   }
 #endif
-  return reinterpret_cast<const int32_t*>(p_data);
+  return static_cast<const int32_t*>(static_cast<const void*>(p_data));  // FFmpeg allocates it aligned
 }
 
 bool hasFirstDts() {
