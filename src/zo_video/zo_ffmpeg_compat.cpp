@@ -1,7 +1,11 @@
 #include "zo_ffmpeg_compat.h"
 
+#include <cstddef>
+#include <cstring>
+
 extern "C" {
 #include <libavutil/avutil.h>
+#include <libavutil/channel_layout.h>
 }
 
 namespace zo {
@@ -57,6 +61,47 @@ const char* renamedSocketTimeoutOption() {
 #else
   return "timeout";
 #endif
+}
+
+void setDisplayMatrix(AVStream* p_stream, const int32_t* p_matrix) {
+  constexpr std::size_t BYTES = 9 * sizeof(int32_t);
+  uint8_t* p_data = nullptr;
+#if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(60, 15, 100)
+  p_data = av_stream_new_side_data(p_stream, AV_PKT_DATA_DISPLAYMATRIX, BYTES);
+#else
+  AVCodecParameters* p_parameters = p_stream->codecpar;
+  AVPacketSideData* p_side_data = av_packet_side_data_new(
+      &p_parameters->coded_side_data, &p_parameters->nb_coded_side_data, AV_PKT_DATA_DISPLAYMATRIX, BYTES, 0);
+  if (p_side_data != nullptr) {
+    p_data = p_side_data->data;
+  }
+#endif
+  if (p_data != nullptr) {
+    std::memcpy(p_data, p_matrix, BYTES);
+  }
+}
+
+namespace {
+
+// Channel layouts became records in libavutil 57.24.
+template <class Target>
+void setMonoLayout(Target* p_target) {
+#if LIBAVUTIL_VERSION_INT < AV_VERSION_INT(57, 24, 100)
+  p_target->channels = 1;
+  p_target->channel_layout = AV_CH_LAYOUT_MONO;
+#else
+  av_channel_layout_default(&p_target->ch_layout, 1);
+#endif
+}
+
+}  // namespace
+
+void setMono(AVCodecContext* p_codec) {
+  setMonoLayout(p_codec);
+}
+
+void setMono(AVFrame* p_frame) {
+  setMonoLayout(p_frame);
 }
 
 }  // namespace zo

@@ -32,6 +32,15 @@ int64_t firstDts(const AVStream* p_stream);
 /// still is.
 const char* renamedSocketTimeoutOption();
 
+// For writing media, which only the tests do.
+
+/// Gives a stream that is about to be written a copy of a 3 x 3 display matrix.
+void setDisplayMatrix(AVStream* p_stream, const int32_t* p_matrix);
+
+/// One channel of sound, before the encoder is opened or the frame's samples are allocated.
+void setMono(AVCodecContext* p_codec);
+void setMono(AVFrame* p_frame);
+
 }  // namespace zo
 
 #endif
