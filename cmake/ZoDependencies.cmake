@@ -4,3 +4,11 @@ find_package(PkgConfig REQUIRED)
 pkg_check_modules(ZO_FFMPEG REQUIRED IMPORTED_TARGET
   libavformat>=57 libavcodec>=57 libavutil>=55 libswscale>=4)
 pkg_check_modules(ZO_TURBOJPEG REQUIRED IMPORTED_TARGET libturbojpeg>=1.4)
+
+# The Simd image library: ZO_SIMD_USED becomes system or bundled. An installed one becomes the target
+# zo_system_simd, whatever its package calls it.
+include(ZoFindSimd)
+if(ZO_SIMD_USED STREQUAL bundled)
+  find_package(PNG REQUIRED)
+  find_package(JPEG REQUIRED)
+endif()
