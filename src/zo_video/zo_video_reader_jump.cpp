@@ -1,0 +1,228 @@
+// Jumps: how to get to a frame by its index, exactly, with demuxers that seek where they please.
+#include <algorithm>
+
+#include "zo_av_error.h"
+#include "zo_saturating.h"
+#include "zo_video_reader_impl.h"
+
+namespace zo {
+namespace {
+
+constexpr char SOURCE_FILE[] = "src/zo_video/zo_video_reader_impl";
+
+// What is tried, one after the other, when a seek led behind the wanted frame: the same key frame by its
+// decoding and by its presentation time, then key frames further and further back.
+constexpr int LAST_STEP_AT_SAME_KEY = 2;
+constexpr int LAST_STEP_BACK = 5;
+
+}  // namespace
+
+void VideoReader::Impl::moveByIndex(long long frame_index) {
+  static const char FUNCTION[] = "moveByIndex";
+  _checkIfGood();
+  if (!_navigation) {
+    throw Exception(nullptr, ZO_STATUS_NOT_ALLOWED, FUNCTION, SOURCE_FILE, __LINE__,
+                    "Failure in VideoReader::move(frame_index == %lli): navigation is not allowed.",
+                    frame_index);
+  }
+  if (frame_index < 0 || frame_index >= _frame_count) {
+    throw Exception(nullptr, ZO_STATUS_OUT_OF_RANGE, FUNCTION, SOURCE_FILE, __LINE__,
+                    "Failure in VideoReader::move(frame_index == %lli): frame index is out of range.",
+                    frame_index);
+  }
+  if (_packets_ts.size() != static_cast<std::size_t>(_frame_count)) {
+    throw Exception(nullptr, ZO_STATUS_INTERNAL_ERROR, FUNCTION, SOURCE_FILE, __LINE__,
+                    "Assertion failed: %s", "_packets_ts.size() == (size_t)_frame_count");
+  }
+  _frame_index = frame_index - 1;
+
+  const bool position_known = !_endOfStream() && !_position_from_picture;
+  // An interrupted or failed read has given the held picture up.
+  const bool holds_picture = _p_av_frame->format != -1;
+  if (position_known &&
+      (frame_index == _decoded_index + 1 || (frame_index == _decoded_index && holds_picture))) {
+    return;
+  }
+  const long long key_index = keyIndexAtOrBefore(_packets_ts, frame_index);
+  if (position_known && key_index <= _decoded_index && _decoded_index < frame_index) {
+    const bool identified =
+        holds_picture && _p_av_frame->best_effort_timestamp == _getPktTsInBaseTime(_decoded_index);
+    _decodeUpTo(frame_index, identified);
+    return;
+  }
+  _jump(frame_index, key_index);
+}
+
+void VideoReader::Impl::_jump(long long frame_index, long long key_index) {
+  _seekForMove(frame_index, key_index);
+  Landing landing = _lookAtLanding(frame_index, key_index);
+  if (landing == Landing::EARLIER && !_seek_by_presentation && !_presentation_seek_fails) {
+    landing = _improveLanding(frame_index, key_index);
+  }
+  int step = 0;
+  for (;;) {
+    if (landing != Landing::UNUSABLE) {
+      const bool reached = _decodeUpTo(frame_index, landing != Landing::UNKNOWN);
+      // Having come past the frame means that the decoder has no such picture; having met nothing before it
+      // means that the seek was late, or that the decoder needed a longer run-up.
+      if (!reached || _decoded_index == frame_index || _first_picture_index <= frame_index) {
+        return;
+      }
+      if (landing != Landing::UNKNOWN) {
+        step = std::max(step, LAST_STEP_AT_SAME_KEY);  // the same key frame would give the same again
+      }
+    }
+    do {
+      ++step;
+    } while (step <= LAST_STEP_BACK && !_seekBack(step, key_index));
+    if (step > LAST_STEP_BACK) {
+      if (landing == Landing::UNUSABLE) {
+        _decodeUpTo(frame_index, false);
+      }
+      return;
+    }
+    landing = _lookAtLanding(frame_index, key_index);
+  }
+}
+
+// Relative to the first decoding time, so that it lies at or before the key packet when decoding runs ahead
+// of presentation.
+int64_t VideoReader::Impl::_writtenTarget(long long key_index) const {
+  return saturatingAdd(_first_dts, packetTime(_packets_ts[static_cast<std::size_t>(key_index)]));
+}
+
+void VideoReader::Impl::_seekForMove(long long frame_index, long long key_index) {
+  if (_seek_by_presentation &&
+      _seekTo(_getPktTsInBaseTime(key_index), AVSEEK_FLAG_BACKWARD, key_index) == 0) {
+    return;
+  }
+  const int64_t target = _writtenTarget(key_index);
+  const int flags = frame_index < _decoded_index ? AVSEEK_FLAG_BACKWARD : 0;
+  int result = _seekTo(target, flags, key_index);
+  if (result < 0) {
+    result = _seekTo(target, flags | AVSEEK_FLAG_ANY, key_index);
+  }
+  if (result != 0) {
+    _position_from_picture = true;  // the demuxer may have moved all the same
+    throw Exception(nullptr, ZO_STATUS_SEEK_ERROR, "moveByIndex", SOURCE_FILE, __LINE__,
+                    "Failure in VideoReader::move(frame_index == %lli): failed to seek to new frame. "
+                    "av_seek_frame(...) returned %d (%s)",
+                    frame_index, result, AvErrorText(result).text());
+  }
+}
+
+// Returns what av_seek_frame() returned; 0 is success.
+int VideoReader::Impl::_seekTo(int64_t target, int flags, long long key_index) {
+  if (_packet_pending) {
+    av_packet_unref(_p_av_packet.get());
+    _packet_pending = false;
+  }
+  const int result = av_seek_frame(_p_format_ctx.get(), _stream_index, target, flags);
+  if (result == 0) {
+    avcodec_flush_buffers(_p_codec_ctx.get());
+    _decoded_index = key_index - 1;
+    _position_from_picture = true;
+  }
+  return result;
+}
+
+// False when the step leads nowhere.
+bool VideoReader::Impl::_seekBack(int step, long long key_index) {
+  int64_t target;
+  if (step < LAST_STEP_AT_SAME_KEY) {
+    target = _writtenTarget(key_index);
+  } else {
+    for (int keys_back = (1 << (step - LAST_STEP_AT_SAME_KEY)) - 1; keys_back > 0; --keys_back) {
+      if (key_index == 0) {
+        return false;
+      }
+      key_index = keyIndexAtOrBefore(_packets_ts, key_index - 1);
+    }
+    target = _getPktTsInBaseTime(key_index);
+  }
+  return _seekTo(target, AVSEEK_FLAG_BACKWARD, key_index) == 0;
+}
+
+// Reads on to the packet that decoding will start with, and leaves it in _p_av_packet.
+VideoReader::Impl::Landing VideoReader::Impl::_lookAtLanding(long long frame_index, long long key_index) {
+  if (_index_order == IndexOrder::UNORDERED) {
+    return Landing::UNKNOWN;
+  }
+  _callback_status = CALLBACK_OK;
+  while (_readVideoPacket() == PacketRead::PACKET) {
+    _packet_pending = true;
+    const int64_t time = _packetTimestamp();
+    const long long index =
+        time == AV_NOPTS_VALUE ? -1 : findPacketTime(_packets_ts, _relativeTimestamp(time), key_index);
+    if (index < 0) {
+      return Landing::UNKNOWN;
+    }
+    if (index > frame_index) {
+      return Landing::UNUSABLE;
+    }
+    if ((_p_av_packet->flags & AV_PKT_FLAG_KEY) != 0) {
+      return index < key_index ? Landing::EARLIER : Landing::AT_KEY;
+    }
+    if (index >= key_index || !isKeyPacket(_packets_ts[static_cast<std::size_t>(key_index)])) {
+      // Only at the very start of a stream may decoding begin without a key frame.
+      const bool at_start = key_index == 0 && _p_av_packet->dts == _first_dts;
+      return at_start ? Landing::AT_KEY : Landing::UNUSABLE;
+    }
+    // In the middle of what comes before the key frame: of no use to the decoder.
+    av_packet_unref(_p_av_packet.get());
+    _packet_pending = false;
+  }
+  return Landing::UNUSABLE;
+}
+
+// The seek led to an earlier key frame than asked for. Demuxers that take targets as presentation times do
+// that; asked that way they land right, and what is learnt once serves all later jumps in this file.
+VideoReader::Impl::Landing VideoReader::Impl::_improveLanding(long long frame_index, long long key_index) {
+  if (_seekTo(_getPktTsInBaseTime(key_index), AVSEEK_FLAG_BACKWARD, key_index) == 0) {
+    const Landing landing = _lookAtLanding(frame_index, key_index);
+    if (landing == Landing::AT_KEY) {
+      _seek_by_presentation = true;
+      return landing;
+    }
+  }
+  _presentation_seek_fails = true;
+  return _seekTo(_writtenTarget(key_index), AVSEEK_FLAG_BACKWARD, key_index) == 0
+             ? _lookAtLanding(frame_index, key_index)
+             : Landing::UNUSABLE;
+}
+
+// False when the stream ended before.
+bool VideoReader::Impl::_decodeUpTo(long long frame_index, bool times_identify_pictures) {
+  _state = STATE_OPEN;
+  struct SkippingOff {
+    Impl& reader;
+    ~SkippingOff() {
+      reader._skip_before = NO_SKIPPING;
+      reader._p_codec_ctx->skip_frame = AVDISCARD_DEFAULT;
+    }
+  } skipping_off{*this};
+  if (times_identify_pictures && _index_order == IndexOrder::STRICT_ASCENDING) {
+    _skip_before = _getPktTsInBaseTime(frame_index);
+  }
+  while (_decoded_index < frame_index) {
+    bool got_frame = false;
+    _read(got_frame, nullptr);
+    if (!got_frame) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// Pictures before the wanted one that nothing refers to need no decoding. Called for every packet until the
+// wanted one's has come.
+void VideoReader::Impl::_chooseSkipping(PacketRead result) {
+  const int64_t time = result == PacketRead::PACKET ? _p_av_packet->pts : AV_NOPTS_VALUE;
+  const bool skip = time != AV_NOPTS_VALUE && time < _skip_before;
+  _p_codec_ctx->skip_frame = skip ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
+  if (time == AV_NOPTS_VALUE || time == _skip_before) {
+    _skip_before = NO_SKIPPING;
+  }
+}
+
+}  // namespace zo
