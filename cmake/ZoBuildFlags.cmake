@@ -31,6 +31,23 @@ if(ZO_SANITIZE)
   add_link_options(${zo_sanitize_flags})
 endif()
 
+# Hardening of optimised builds: checked stack frames and buffer functions, and tables that are read-only once
+# the program has started. Sanitizer builds have their own checks.
+option(ZO_HARDENING "Compile and link optimised builds with the usual hardening" ON)
+if(ZO_HARDENING AND NOT ZO_SANITIZE)
+  include(CheckCXXCompilerFlag)
+  set(zo_hardening_flags -fstack-protector-strong)
+  check_cxx_compiler_flag(-fstack-clash-protection ZO_HAS_STACK_CLASH_PROTECTION)
+  if(ZO_HAS_STACK_CLASH_PROTECTION)
+    list(APPEND zo_hardening_flags -fstack-clash-protection)
+  endif()
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$")
+    list(APPEND zo_hardening_flags -fcf-protection=full)
+  endif()
+  add_compile_options("$<$<NOT:$<CONFIG:Debug>>:${zo_hardening_flags};-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+  add_link_options(LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
+endif()
+
 # Sets what the two shared libraries have in common: version, soname, the list of names that may leave it.
 function(zo_shared_library target version_script)
   set_target_properties(${target} PROPERTIES

@@ -33,7 +33,7 @@ class Decompressor {
 };
 
 void stopAtTooManyScans(j_common_ptr p_info) {
-  if (reinterpret_cast<j_decompress_ptr>(p_info)->input_scan_number > MAX_SCANS) {
+  if (static_cast<j_decompress_ptr>(static_cast<void*>(p_info))->input_scan_number > MAX_SCANS) {
     p_info->err->error_exit(p_info);
   }
 }

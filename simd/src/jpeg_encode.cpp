@@ -40,7 +40,9 @@ class Compressor {
     ByteSink* p_sink;
   };
 
-  static Target& target(j_compress_ptr p_info) { return *reinterpret_cast<Target*>(p_info->dest); }
+  static Target& target(j_compress_ptr p_info) {
+    return *static_cast<Target*>(static_cast<void*>(p_info->dest));
+  }
   static void offerRoom(j_compress_ptr p_info);
   static boolean takeFullRoom(j_compress_ptr p_info);
   static void takeRest(j_compress_ptr p_info);

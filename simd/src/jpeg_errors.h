@@ -19,7 +19,7 @@ struct JpegErrors {
   jpeg_error_mgr* install() {
     jpeg_std_error(&manager);
     manager.error_exit = [](j_common_ptr p_info) {
-      longjmp(reinterpret_cast<JpegErrors*>(p_info->err)->point.buffer, 1);
+      longjmp(static_cast<JpegErrors*>(static_cast<void*>(p_info->err))->point.buffer, 1);
     };
     manager.emit_message = [](j_common_ptr p_info, int level) {
       if (level < 0) {
