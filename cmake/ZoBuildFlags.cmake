@@ -18,7 +18,9 @@ add_compile_definitions(_FILE_OFFSET_BITS=64 _POSIX_C_SOURCE=200809L)
 # Warnings for our own code only.
 add_library(zo_warnings INTERFACE)
 target_compile_options(zo_warnings INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wcast-align -Wcast-qual -Wformat=2 -Wundef -Wvla -Wno-psabi
+  -Wall -Wextra -Wpedantic -Wshadow -Wcast-qual -Wformat=2 -Wundef -Wvla -Wno-psabi
+  # As strict as on processors that trap unaligned access, wherever the code is compiled.
+  $<IF:$<C_COMPILER_ID:GNU>,-Wcast-align=strict,-Wcast-align>
   $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual>
   $<$<BOOL:${ZO_WARNINGS_AS_ERRORS}>:-Werror>)
 
