@@ -2,28 +2,14 @@
 
 #include <memory>
 
-#include "zo_core/zo_error_handlers.h"
 #include "zo_core/zo_exception.h"
 #include "zo_core/zo_frame.h"
+#include "zo_core_internal/zo_guarded.h"
 
 namespace zo {
 namespace {
 
 constexpr char SOURCE_FILE[] = "core/zo_frame_c";
-
-template <class Body>
-int guarded(const char* function, char* p_message, unsigned message_size, Body&& body) noexcept {
-  try {
-    body();
-    return ZO_STATUS_OK;
-  } catch (const Exception& exception) {
-    return handleZoException(function, exception, p_message, message_size);
-  } catch (const std::exception& exception) {
-    return handleStdException(function, exception, p_message, message_size);
-  } catch (...) {
-    return handleUnknownException(function, p_message, message_size);
-  }
-}
 
 Frame& describedFrame(const ZoFrame* p_frame, const char* function) {
   if (p_frame == nullptr) {

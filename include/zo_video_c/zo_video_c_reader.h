@@ -34,9 +34,11 @@ typedef struct ZoVideoReader {
 /*
  * Opens a video file or stream and stores a new reader in *pp_reader; release it with zoVideoReader_release.
  *
- * callback              Polled with callback_opaque while opening, and only then; non-zero stops. May be
- * null. It must not throw or jump out. p_url                 Path or URL, terminated by a zero within the
- * first url_length + 1 bytes. url_length            Longest length of the text in bytes, without the zero.
+ * callback              Polled with callback_opaque while opening, and only then; non-zero stops.
+ *                       May be null. It must not throw or jump out.
+ * p_url                 Path or URL, terminated by a zero within the first url_length + 1 bytes.
+ *                       Null is reported as ZO_STATUS_NULL_POINTER.
+ * url_length            Longest length of the text in bytes, without the zero; any number is fine.
  * timeout_ms            Longest time of each blocking call, now and in later reads, in milliseconds;
  *                       negative: no limit.
  * enable_navigation     Non-zero: build the frame index that zoVideoReader_moveByIndex needs.
