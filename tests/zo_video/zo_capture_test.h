@@ -1,0 +1,109 @@
+/// What the tests of the capture share.
+#ifndef ZO_TESTS_ZO_CAPTURE_TEST_H
+#define ZO_TESTS_ZO_CAPTURE_TEST_H
+
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "zo_test_support.h"
+#include "zo_video/zo_video_capture.h"
+
+namespace zo {
+namespace test {
+
+template <class Value>
+struct Named {
+  const char* name;
+  Value value;
+};
+
+template <class Value>
+std::string caseName(const testing::TestParamInfo<Named<Value>>& param_info) {
+  return param_info.param.name;
+}
+
+/// Makes an MPEG-4 picture "not coded": the packet stays, but the decoder produces no picture for it and
+/// reports no error. Works for P pictures of clips whose frame rate is 25 (5 bits of time increment).
+inline void makePictureNotCoded(AVPacket* p_packet) {
+  static const std::uint8_t START[] = {0, 0, 1, 0xB6};
+  for (int at = 0; at + 8 < p_packet->size; ++at) {
+    if (std::memcmp(p_packet->data + at, START, sizeof(START)) != 0) {
+      continue;
+    }
+    std::size_t bit = static_cast<std::size_t>(at + 4) * 8 + 2;  // behind the picture type
+    const auto isSet = [&](std::size_t i) { return (p_packet->data[i / 8] >> (7 - i % 8) & 1) != 0; };
+    while (isSet(bit)) {
+      ++bit;  // whole seconds
+    }
+    bit += 1 + 1 + 5 + 1;  // end of the seconds, marker, time increment, marker
+    p_packet->data[bit / 8] = static_cast<std::uint8_t>(p_packet->data[bit / 8] & ~(0x80 >> bit % 8));
+    return;
+  }
+  throw std::runtime_error("no MPEG-4 picture in the packet");
+}
+
+/// Times of all frames that a capture still delivers.
+inline std::vector<long long> remainingTimes(VideoCapture& capture) {
+  std::vector<long long> times;
+  Frame frame;
+  while (capture.read(frame)) {
+    times.push_back(frame.timestamp());
+  }
+  return times;
+}
+
+/// First frames, of one every 40 ms, at or after each multiple of the distance.
+inline std::vector<long long> thinned(int frames, int max_fps, long long first = 0) {
+  std::vector<long long> times;
+  for (int i = 0; i < frames; ++i) {
+    const long long bound = 1000LL * static_cast<long long>(times.size()) / max_fps;
+    if (40LL * i >= bound) {
+      times.push_back(first + 40LL * i);
+    }
+  }
+  return times;
+}
+
+class Capture : public testing::Test {
+ protected:
+  /// 25 frames a second: times 0, 40, 80, ... ms.
+  std::string clip(int frames, ClipOptions options = {}) {
+    options.frames = frames;
+    return makeClip(_directory.file("clip" + std::to_string(_clips++) + ".mp4"), options).path;
+  }
+
+  /// Frames at these times, exact to a tenth of a millisecond.
+  std::string clipAtTenths(const std::vector<int64_t>& tenths) {
+    ClipOptions options;
+    options.time_base = {1, 10000};
+    options.pts = [&tenths](int i) { return tenths[static_cast<std::size_t>(i)]; };
+    return clip(static_cast<int>(tenths.size()), options);
+  }
+
+  /// A clip whose picture number 4 is never produced by the decoder.
+  std::string clipWithoutPictureFour() {
+    ClipOptions options;
+    options.gop = 100;
+    options.edit_packet = [](int i, AVPacket* p_packet) {
+      if (i == 4) {
+        makePictureNotCoded(p_packet);
+      }
+      return true;
+    };
+    return clip(10, options);
+  }
+
+  TempDir _directory;
+  int _clips = 0;
+};
+
+}  // namespace test
+}  // namespace zo
+
+#endif

@@ -1,0 +1,41 @@
+// The plain headers in a C++ program, alone and next to the classes.
+#include <gtest/gtest.h>
+
+#include "zo_video_c/zo_video_c.h"
+
+namespace {
+
+// Before the C++ headers are there: the plain names are those of the global namespace.
+static_assert(ZO_STATUS_CODEC_ERROR == 28, "statuses are reached by their plain names");
+static_assert(ZO_FRAME_FORMAT_CUSTOM_3 == 20, "formats are reached by their plain names");
+static_assert(ZO_VIDEO_ROTATION_OTHER == 4, "rotations are reached by their plain names");
+
+}  // namespace
+
+#include "zo_video/zo_video.h"
+
+namespace {
+
+TEST(PlainHeaders, PlainCodesEqualThoseOfTheClasses) {
+  EXPECT_EQ(static_cast<int>(::ZO_STATUS_TIMEOUT), static_cast<int>(zo::ZO_STATUS_TIMEOUT));
+  EXPECT_EQ(static_cast<int>(::ZO_FRAME_FORMAT_YUV444_PLANAR),
+            static_cast<int>(zo::ZO_FRAME_FORMAT_YUV444_PLANAR));
+  EXPECT_EQ(static_cast<int>(::ZO_VIDEO_ROTATION_0), static_cast<int>(zo::ZO_VIDEO_ROTATION_0));
+  EXPECT_EQ(static_cast<int>(::ZO_VIDEO_ROTATION_90), static_cast<int>(zo::ZO_VIDEO_ROTATION_90));
+  EXPECT_EQ(static_cast<int>(::ZO_VIDEO_ROTATION_180), static_cast<int>(zo::ZO_VIDEO_ROTATION_180));
+  EXPECT_EQ(static_cast<int>(::ZO_VIDEO_ROTATION_270), static_cast<int>(zo::ZO_VIDEO_ROTATION_270));
+  EXPECT_EQ(static_cast<int>(::ZO_VIDEO_ROTATION_OTHER), static_cast<int>(zo::ZO_VIDEO_ROTATION_OTHER));
+}
+
+TEST(PlainHeaders, PlainFunctionsWorkOnFramesOfTheClasses) {
+  ZoFrame* p_frame = nullptr;
+  ASSERT_EQ(::ZO_STATUS_OK, zoFrame_create(&p_frame, nullptr, 0));
+  auto& frame = *static_cast<zo::Frame*>(p_frame->p_handle);
+  frame.reuse(zo::ZO_FRAME_FORMAT_GRAY8, zo::Size(7, 5), zo::DeviceContext(), 0);
+  zo::updateFrame(p_frame);
+  EXPECT_EQ(7, p_frame->width);
+  EXPECT_EQ(frame.planeData(0), p_frame->p_planes[0]);
+  EXPECT_EQ(::ZO_STATUS_OK, zoFrame_release(&p_frame));
+}
+
+}  // namespace
