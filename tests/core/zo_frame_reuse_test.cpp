@@ -1,0 +1,205 @@
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <new>
+#include <tuple>
+
+#include "zo_core/zo_frame.h"
+#include "zo_test_support.h"
+
+namespace zo {
+namespace {
+
+Frame grayFrame(int width, int height) {
+  return test::makeNoiseFrame(ZO_FRAME_FORMAT_GRAY8, Size(width, height), 1);
+}
+
+void reuse(Frame& frame, FrameFormat format, Size size, unsigned alignment = 0) {
+  frame.reuse(format, size, DeviceContext(), alignment);
+}
+
+using EmptyParam = std::tuple<int, Size>;
+class ReuseWithoutLayout : public testing::TestWithParam<EmptyParam> {};
+
+TEST_P(ReuseWithoutLayout, RecordsFormatAndSizeAndHoldsNoPlanes) {
+  const FrameFormat format = static_cast<FrameFormat>(std::get<0>(GetParam()));
+  const Size size = std::get<1>(GetParam());
+  Frame fresh;
+  Frame used = grayFrame(10, 10);
+  used.setTimestamp(77);
+  for (Frame* p_frame : {&fresh, &used}) {
+    reuse(*p_frame, format, size);
+    EXPECT_FALSE(p_frame->initialized());
+    EXPECT_EQ(format, p_frame->format());
+    EXPECT_EQ(size, p_frame->size());
+    EXPECT_EQ(0U, p_frame->planeCount());
+    EXPECT_EQ(nullptr, p_frame->planeData(0));
+    EXPECT_EQ(0U, p_frame->planeStride(0));
+  }
+  EXPECT_EQ(77, used.timestamp());
+}
+
+TEST_P(ReuseWithoutLayout, CanBeFollowedByOneWithALayout) {
+  Frame frame;
+  reuse(frame, static_cast<FrameFormat>(std::get<0>(GetParam())), std::get<1>(GetParam()));
+  reuse(frame, ZO_FRAME_FORMAT_BGR24, Size(4, 3));
+  EXPECT_TRUE(frame.initialized());
+  EXPECT_EQ(1U, frame.planeCount());
+}
+
+std::string emptyName(const testing::TestParamInfo<EmptyParam>& test_case) {
+  std::string name = "Format" + std::to_string(std::get<0>(test_case.param)) + "_" +
+                     test::shortName(std::get<1>(test_case.param));
+  std::replace(name.begin(), name.end(), '-', 'm');
+  return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, ReuseWithoutLayout,
+                         testing::Combine(testing::Values(0, 3, 5, 16, 17, 18, 19, 20, 21, -1, INT_MAX,
+                                                          INT_MIN),
+                                          testing::Values(Size(4, 3))),
+                         emptyName);
+INSTANTIATE_TEST_SUITE_P(Sizes, ReuseWithoutLayout,
+                         testing::Combine(testing::Values(4, 6),
+                                          testing::Values(Size(0, 0), Size(0, 5), Size(5, 0), Size(-1, 5),
+                                                          Size(5, -1), Size(INT_MIN, INT_MIN))),
+                         emptyName);
+
+TEST(FrameReuse, KeepsMemoryAndPixelsWhenNothingChanges) {
+  Frame frame = grayFrame(10, 10);
+  const std::string pixels = test::packedBytes(frame);
+  const unsigned char* p_data = frame.planeData(0);
+  reuse(frame, ZO_FRAME_FORMAT_GRAY8, Size(10, 10));
+  EXPECT_EQ(p_data, frame.planeData(0));
+  EXPECT_EQ(pixels, test::packedBytes(frame));
+}
+
+TEST(FrameReuse, KeepsMemoryThatIsLargeEnough) {
+  Frame frame;
+  reuse(frame, ZO_FRAME_FORMAT_BGR24, Size(640, 480));
+  const unsigned char* p_data = frame.planeData(0);
+  reuse(frame, ZO_FRAME_FORMAT_YUV420_PLANAR_I420, Size(320, 240));
+  EXPECT_EQ(p_data, frame.planeData(0));
+  EXPECT_EQ(3U, frame.planeCount());
+  reuse(frame, ZO_FRAME_FORMAT_BGR24, Size(640, 480));
+  EXPECT_EQ(p_data, frame.planeData(0));
+}
+
+TEST(FrameReuse, AllocatesWhenTheMemoryIsTooSmall) {
+  Frame frame = grayFrame(10, 10);
+  reuse(frame, ZO_FRAME_FORMAT_BGR24, Size(1000, 1000));
+  test::fillFrame(frame, 9);
+  EXPECT_EQ(Size(1000, 1000), frame.size());
+  EXPECT_EQ(9, frame.planeData(0)[2999 + 999 * static_cast<std::size_t>(frame.planeStride(0))]);
+}
+
+TEST(FrameReuse, ChangesTheStridesWhenOnlyTheAlignmentChanges) {
+  Frame frame;
+  reuse(frame, ZO_FRAME_FORMAT_GRAY8, Size(10, 10), 1);
+  EXPECT_EQ(10U, frame.planeStride(0));
+  reuse(frame, ZO_FRAME_FORMAT_GRAY8, Size(10, 10), 0);
+  EXPECT_EQ(64U, frame.planeStride(0));
+  reuse(frame, ZO_FRAME_FORMAT_GRAY8, Size(10, 10), 4);
+  EXPECT_EQ(12U, frame.planeStride(0));
+}
+
+TEST(FrameReuse, KeepsTheTimestamp) {
+  Frame frame;
+  frame.setTimestamp(-5);
+  reuse(frame, ZO_FRAME_FORMAT_GRAY8, Size(10, 10));
+  EXPECT_EQ(-5, frame.timestamp());
+  reuse(frame, ZO_FRAME_FORMAT_BGR24, Size(100, 100));
+  EXPECT_EQ(-5, frame.timestamp());
+}
+
+TEST(FrameReuse, NeverOverwritesPixelsThatAnotherFrameShares) {
+  Frame frame = grayFrame(10, 10);
+  const Frame kept = frame;
+  const std::string pixels = test::packedBytes(kept);
+  for (const Size size : {Size(10, 10), Size(5, 5), Size(20, 20)}) {
+    Frame reshaped = kept;
+    reuse(reshaped, ZO_FRAME_FORMAT_GRAY8, size);
+    ASSERT_NE(kept.planeData(0), reshaped.planeData(0));
+    test::fillFrame(reshaped, 0);
+    EXPECT_EQ(pixels, test::packedBytes(kept));
+  }
+}
+
+TEST(FrameReuse, TakesTheMemoryUpAgainWhenTheOtherFrameIsGone) {
+  Frame frame = grayFrame(10, 10);
+  const unsigned char* p_data = frame.planeData(0);
+  {
+    const Frame copy = frame;
+    EXPECT_EQ(p_data, copy.planeData(0));
+  }
+  reuse(frame, ZO_FRAME_FORMAT_GRAY8, Size(9, 9));
+  EXPECT_EQ(p_data, frame.planeData(0));
+}
+
+struct HugeCase {
+  const char* name;
+  FrameFormat format;
+  Size size;
+  unsigned alignment;
+};
+
+class HugeFrames : public testing::TestWithParam<HugeCase> {};
+
+TEST_P(HugeFrames, AreRefusedAndLeaveTheFrameAsItWas) {
+  Frame frame = grayFrame(10, 10);
+  frame.setTimestamp(12);
+  const std::string pixels = test::packedBytes(frame);
+  const unsigned char* p_data = frame.planeData(0);
+  EXPECT_THROW(reuse(frame, GetParam().format, GetParam().size, GetParam().alignment), std::bad_alloc);
+  EXPECT_EQ(ZO_FRAME_FORMAT_GRAY8, frame.format());
+  EXPECT_EQ(Size(10, 10), frame.size());
+  EXPECT_EQ(p_data, frame.planeData(0));
+  EXPECT_EQ(pixels, test::packedBytes(frame));
+  EXPECT_EQ(12, frame.timestamp());
+}
+
+TEST_P(HugeFrames, AreRefusedByAFreshFrameToo) {
+  Frame frame;
+  EXPECT_THROW(reuse(frame, GetParam().format, GetParam().size, GetParam().alignment), std::bad_alloc);
+  EXPECT_FALSE(frame.initialized());
+  EXPECT_EQ(ZO_FRAME_FORMAT_UNDEFINED, frame.format());
+  EXPECT_EQ(Size(0, 0), frame.size());
+}
+
+// Products that do not fit 32 bits, that do not fit 64 bits, that just fit but exist on no machine.
+INSTANTIATE_TEST_SUITE_P(
+    Sizes, HugeFrames,
+    testing::Values(HugeCase{"GreatestGray", ZO_FRAME_FORMAT_GRAY8, Size(INT_MAX, INT_MAX), 0},
+                    HugeCase{"GreatestGrayWithoutAlignment", ZO_FRAME_FORMAT_GRAY8, Size(INT_MAX, INT_MAX),
+                             1},
+                    HugeCase{"LongRow", ZO_FRAME_FORMAT_BGR24, Size(INT_MAX, 1), 1},
+                    HugeCase{"LongPairs", ZO_FRAME_FORMAT_YUV422_PACKED_YUY2, Size(INT_MAX, 1), 1},
+                    HugeCase{"GreatestPlanar", ZO_FRAME_FORMAT_YUV444_PLANAR, Size(INT_MAX - 63, INT_MAX), 0},
+                    HugeCase{"GreatestSemiPlanar", ZO_FRAME_FORMAT_YUV420_SEMIPLANAR_NV12,
+                             Size(INT_MAX - 63, INT_MAX), 0},
+                    HugeCase{"GreatestAlignment", ZO_FRAME_FORMAT_GRAY8, Size(1, 1), UINT_MAX}),
+    test::CaseName());
+
+TEST(FrameClear, LeavesTheFrameAsAFreshOne) {
+  Frame frame = grayFrame(10, 10);
+  frame.setTimestamp(5);
+  frame.clear();
+  EXPECT_FALSE(frame.initialized());
+  EXPECT_EQ(ZO_FRAME_FORMAT_UNDEFINED, frame.format());
+  EXPECT_EQ(Size(0, 0), frame.size());
+  EXPECT_EQ(0, frame.timestamp());
+  EXPECT_EQ(nullptr, frame.planeData(0));
+  frame.clear();
+  EXPECT_FALSE(frame.initialized());
+}
+
+TEST(FrameClear, LeavesFramesThatSharedThePixelsAlone) {
+  Frame frame = grayFrame(10, 10);
+  const std::string pixels = test::packedBytes(frame);
+  const Frame copy = frame;
+  frame.clear();
+  EXPECT_EQ(pixels, test::packedBytes(copy));
+}
+
+}  // namespace
+}  // namespace zo
