@@ -16,13 +16,6 @@ namespace {
 
 constexpr char SOURCE_FILE[] = "src/zo_video/zo_jpeg_decoder";
 
-void checkDecoderError(int code) {
-  if (code < 0) {
-    throw Exception(nullptr, ZO_STATUS_CODEC_ERROR, "checkDecoderError", SOURCE_FILE, __LINE__,
-                    "Failed to decode frame. Error code %d", code);
-  }
-}
-
 // What TurboJPEG writes of the luma plane: with halved chroma an even number of samples and rows, one more
 // of each than an odd-sized picture has.
 struct LumaExtent {
@@ -30,7 +23,9 @@ struct LumaExtent {
   int height;
 };
 
-// Whether all that TurboJPEG writes stays between the first byte of plane 0 and that of plane 1.
+// Whether TurboJPEG may write that much into plane 0. Memory of our own has a row to spare behind each plane.
+// In a caller's block the next plane follows at once, and what lies between the rows may be the rest of a
+// larger picture.
 bool lumaFits(const Frame& frame, LumaExtent luma) {
   const Size size = frame.size();
   if (luma.width == size.width && luma.height == size.height) {
@@ -38,10 +33,9 @@ bool lumaFits(const Frame& frame, LumaExtent luma) {
   }
   const uint64_t stride = frame.planeStride(0);
   const uint64_t width = static_cast<uint64_t>(luma.width);
-  const uint64_t needed = stride * static_cast<uint64_t>(luma.height - 1) + width;
   const uint64_t room =
       reinterpret_cast<uintptr_t>(frame.planeData(1)) - reinterpret_cast<uintptr_t>(frame.planeData(0));
-  return width <= stride && needed <= room;
+  return width <= stride && room >= stride * (static_cast<uint64_t>(size.height) + 1);
 }
 
 }  // namespace
@@ -50,9 +44,23 @@ JpegDecoder::Impl::Impl() : Impl(TurboJpegDecompressorPtr(tjInitDecompress())) {
 
 JpegDecoder::Impl::Impl(TurboJpegDecompressorPtr p_decompressor)
     : _p_decompressor(std::move(p_decompressor)) {
+  checkInstance("Impl");
+}
+
+void JpegDecoder::Impl::checkInstance(const char* function) const {
   if (_p_decompressor == nullptr) {
-    throw Exception(nullptr, ZO_STATUS_OUT_OF_MEMORY, "Impl", SOURCE_FILE, __LINE__,
+    throw Exception(nullptr, ZO_STATUS_OUT_OF_MEMORY, function, SOURCE_FILE, __LINE__,
                     "Not enough memory to initialize JPEG decoder.");
+  }
+}
+
+// A TurboJPEG instance that has failed in the middle of a header may refuse sound data from then on, so none
+// is kept after a failure.
+void JpegDecoder::Impl::checkDecoderError(int code) {
+  if (code < 0) {
+    _p_decompressor.reset();
+    throw Exception(nullptr, ZO_STATUS_CODEC_ERROR, "checkDecoderError", SOURCE_FILE, __LINE__,
+                    "Failed to decode frame. Error code %d", code);
   }
 }
 
@@ -61,6 +69,10 @@ void JpegDecoder::Impl::decode(const unsigned char* p_buffer, unsigned size, Fra
   if (p_buffer == nullptr) {
     throw Exception(nullptr, ZO_STATUS_NULL_POINTER, FUNCTION, SOURCE_FILE, __LINE__,
                     "Parameter 'p_buffer' is null.");
+  }
+  if (_p_decompressor == nullptr) {
+    _p_decompressor.reset(tjInitDecompress());
+    checkInstance(FUNCTION);
   }
   int width = -1;
   int height = -1;

@@ -18,12 +18,14 @@ class JpegDecoder::Impl {
   void decode(const unsigned char* p_buffer, unsigned size, Frame& frame);
 
  private:
+  void checkInstance(const char* function) const;
+  void checkDecoderError(int code);
   void decodePacked(const unsigned char* p_buffer, unsigned size, Size image_size, FrameFormat format,
                     int pixel_format, Frame& frame);
   void decodeYuv(const unsigned char* p_buffer, unsigned size, Size image_size, int subsampling,
                  Frame& frame);
 
-  TurboJpegDecompressorPtr _p_decompressor;
+  TurboJpegDecompressorPtr _p_decompressor;  // null after a failure, until the next call
   Buffer _luma;  // luma of odd-sized pictures whose frame has no room for what TurboJPEG writes
 };
 
