@@ -109,12 +109,16 @@ void VideoReader::Impl::_clear() noexcept {
 
   _time_base = 0;
   _index_order = IndexOrder::UNORDERED;
+  _presentation_times = true;
   _packet_pending = false;
   _position_from_picture = false;
   _first_picture_index = -1;
   _seek_by_presentation = false;
   _presentation_seek_fails = false;
   _skip_before = NO_SKIPPING;
+  _may_skip = true;
+  _pictures_skipped = false;
+  _damage_met = false;
 }
 
 void VideoReader::Impl::close() noexcept {
@@ -385,8 +389,12 @@ VideoReader::Impl::PacketRead VideoReader::Impl::_readVideoPacket() {
   }
 }
 
-int64_t VideoReader::Impl::_packetTimestamp() const {
-  return _p_av_packet->pts != AV_NOPTS_VALUE ? _p_av_packet->pts : _p_av_packet->dts;
+int64_t VideoReader::Impl::_packetTimestamp() {
+  if (_p_av_packet->pts != AV_NOPTS_VALUE) {
+    return _p_av_packet->pts;
+  }
+  _presentation_times = false;
+  return _p_av_packet->dts;
 }
 
 // Sends one packet and asks for one picture. Returns 1 when there is a picture or none will come any more.
@@ -394,6 +402,7 @@ int VideoReader::Impl::_decodePacket(const AVPacket* p_packet, bool& got_frame) 
   static const char FUNCTION[] = "_decodePacket";
   const int sent = avcodec_send_packet(_p_codec_ctx.get(), p_packet);
   if (sent != 0 && sent != AVERROR(EAGAIN) && sent != AVERROR_EOF) {
+    _damage_met = true;
     if (_skip_errors) {
       return 0;
     }
@@ -410,6 +419,7 @@ int VideoReader::Impl::_decodePacket(const AVPacket* p_packet, bool& got_frame) 
     return 0;
   }
   if (received != 0) {
+    _damage_met = true;
     throw Exception(nullptr, ZO_STATUS_DECODER_ERROR, FUNCTION, SOURCE_FILE, __LINE__,
                     "read frame: avcodec_receive_frame() returned error %s", AvErrorText(received).text());
   }
@@ -417,6 +427,9 @@ int VideoReader::Impl::_decodePacket(const AVPacket* p_packet, bool& got_frame) 
     throw Exception(nullptr, ZO_STATUS_INTERNAL_ERROR, FUNCTION, SOURCE_FILE, __LINE__,
                     "Assertion failed: %s",
                     "_p_av_frame->format != -1 && (0 < _p_av_frame->width) && (0 < _p_av_frame->height)");
+  }
+  if (_p_av_frame->decode_error_flags != 0 || (_p_av_frame->flags & AV_FRAME_FLAG_CORRUPT) != 0) {
+    _damage_met = true;
   }
   got_frame = true;
   return 1;

@@ -29,6 +29,10 @@ class VideoReader::Impl {
   int read(Frame& frame, bool& got_frame, IInterruptable* interruptable);
   void moveByIndex(long long frame_index);
 
+  /// From now on jumps decode the pictures on their way that nothing refers to as well. The frames are the
+  /// same; this is for comparing. Holds until the next open().
+  void decodeEveryPicture() { _may_skip = false; }
+
   const char* getMetadataValue(const char* key) const;
   const char* url() const { return _url.c_str(); }
   long long frameCount() const { return _frame_count; }
@@ -64,6 +68,8 @@ class VideoReader::Impl {
     UNKNOWN    // the packet's time is not in the index
   };
 
+  enum class Decoded { REACHED, STREAM_ENDED, DAMAGED };
+
   // Lifecycle and decoding.
   void _clear() noexcept;
   bool _openInput(const char* url);
@@ -79,7 +85,7 @@ class VideoReader::Impl {
   void _checkIfGood() const;
   long long _getTimestampMs(int64_t timestamp) const;
   int _readInOrder(Frame& frame, bool& got_frame);
-  int64_t _packetTimestamp() const;
+  int64_t _packetTimestamp();
 
   // Interruption and time budgets.
   static int _av_interrupt_cb(void* opaque);
@@ -109,7 +115,7 @@ class VideoReader::Impl {
   int64_t _writtenTarget(long long key_index) const;
   Landing _lookAtLanding(long long frame_index, long long key_index);
   Landing _improveLanding(long long frame_index, long long key_index);
-  bool _decodeUpTo(long long frame_index, bool times_identify_pictures);
+  Decoded _decodeUpTo(long long frame_index, bool times_identify_pictures);
   void _chooseSkipping(PacketRead result);
 
   // Declared in the order of use; closing frees decoder objects before the demuxer.
@@ -145,12 +151,16 @@ class VideoReader::Impl {
 
   double _time_base;              // of the chosen stream, seconds per tick
   IndexOrder _index_order;        // of _packets_ts
+  bool _presentation_times;       // every packet met so far told its presentation time
   bool _packet_pending;           // _p_av_packet was read to look at a landing and is still to be decoded
   bool _position_from_picture;    // the next decoded picture's time tells where a seek has led
   int64_t _first_picture_index;   // index of the first picture decoded since the last seek
   bool _seek_by_presentation;     // this demuxer takes seek targets as presentation times
   bool _presentation_seek_fails;  // seeking by presentation time was tried and did no better
-  int64_t _skip_before;  // pictures before this time that nothing refers to are left out; or NO_SKIPPING
+  int64_t _skip_before;    // pictures before this time that nothing refers to are left out; or NO_SKIPPING
+  bool _may_skip;          // until the stream proves damaged
+  bool _pictures_skipped;  // on the way to the wanted picture
+  bool _damage_met;        // on the way to the wanted picture
 };
 
 }  // namespace zo

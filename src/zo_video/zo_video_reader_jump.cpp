@@ -47,8 +47,9 @@ void VideoReader::Impl::moveByIndex(long long frame_index) {
   if (position_known && key_index <= _decoded_index && _decoded_index < frame_index) {
     const bool identified =
         holds_picture && _p_av_frame->best_effort_timestamp == _getPktTsInBaseTime(_decoded_index);
-    _decodeUpTo(frame_index, identified);
-    return;
+    if (_decodeUpTo(frame_index, identified) != Decoded::DAMAGED) {
+      return;
+    }
   }
   _jump(frame_index, key_index);
 }
@@ -62,10 +63,15 @@ void VideoReader::Impl::_jump(long long frame_index, long long key_index) {
   int step = 0;
   for (;;) {
     if (landing != Landing::UNUSABLE) {
-      const bool reached = _decodeUpTo(frame_index, landing != Landing::UNKNOWN);
+      const Decoded decoded = _decodeUpTo(frame_index, landing != Landing::UNKNOWN);
+      if (decoded == Decoded::DAMAGED) {
+        _jump(frame_index, key_index);  // once: from now on every picture is decoded
+        return;
+      }
       // Having come past the frame means that the decoder has no such picture; having met nothing before it
       // means that the seek was late, or that the decoder needed a longer run-up.
-      if (!reached || _decoded_index == frame_index || _first_picture_index <= frame_index) {
+      if (decoded == Decoded::STREAM_ENDED || _decoded_index == frame_index ||
+          _first_picture_index <= frame_index) {
         return;
       }
       if (landing != Landing::UNKNOWN) {
@@ -191,9 +197,17 @@ VideoReader::Impl::Landing VideoReader::Impl::_improveLanding(long long frame_in
              : Landing::UNUSABLE;
 }
 
-// False when the stream ended before.
-bool VideoReader::Impl::_decodeUpTo(long long frame_index, bool times_identify_pictures) {
+// Decodes until the wanted picture is held, or a later one when the decoder has none for that index.
+//
+// Pictures before the wanted one that nothing refers to are left out where the index tells every picture by
+// its time. Should the stream prove damaged on that way, the result may depend on them (decoders conceal
+// damage with whatever picture came before): nothing is left out in this stream any more, and the way has to
+// be gone again.
+VideoReader::Impl::Decoded VideoReader::Impl::_decodeUpTo(long long frame_index,
+                                                          bool times_identify_pictures) {
   _state = STATE_OPEN;
+  _pictures_skipped = false;
+  _damage_met = false;
   struct SkippingOff {
     Impl& reader;
     ~SkippingOff() {
@@ -201,26 +215,37 @@ bool VideoReader::Impl::_decodeUpTo(long long frame_index, bool times_identify_p
       reader._p_codec_ctx->skip_frame = AVDISCARD_DEFAULT;
     }
   } skipping_off{*this};
-  if (times_identify_pictures && _index_order == IndexOrder::STRICT_ASCENDING) {
+  if (times_identify_pictures && _may_skip && _presentation_times &&
+      _index_order == IndexOrder::STRICT_ASCENDING) {
     _skip_before = _getPktTsInBaseTime(frame_index);
   }
-  while (_decoded_index < frame_index) {
-    bool got_frame = false;
-    _read(got_frame, nullptr);
-    if (!got_frame) {
-      return false;
+  bool ended = false;
+  try {
+    while (_decoded_index < frame_index && !ended) {
+      bool got_frame = false;
+      _read(got_frame, nullptr);
+      ended = !got_frame;
+    }
+  } catch (const Exception&) {
+    if (!_pictures_skipped || !_damage_met) {
+      throw;
     }
   }
-  return true;
+  if (_pictures_skipped && _damage_met) {
+    _may_skip = false;
+    return Decoded::DAMAGED;
+  }
+  return ended ? Decoded::STREAM_ENDED : Decoded::REACHED;
 }
 
-// Pictures before the wanted one that nothing refers to need no decoding. Called for every packet until the
-// wanted one's has come.
+// Called for every packet until the wanted picture's has come.
 void VideoReader::Impl::_chooseSkipping(PacketRead result) {
-  const int64_t time = result == PacketRead::PACKET ? _p_av_packet->pts : AV_NOPTS_VALUE;
-  const bool skip = time != AV_NOPTS_VALUE && time < _skip_before;
+  const int64_t time = result == PacketRead::PACKET ? _packetTimestamp() : AV_NOPTS_VALUE;
+  const bool identified = _presentation_times && time != AV_NOPTS_VALUE;
+  const bool skip = identified && time < _skip_before;
   _p_codec_ctx->skip_frame = skip ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
-  if (time == AV_NOPTS_VALUE || time == _skip_before) {
+  _pictures_skipped = _pictures_skipped || skip;
+  if (!identified || time == _skip_before) {
     _skip_before = NO_SKIPPING;
   }
 }
