@@ -86,4 +86,19 @@ long long keyIndexAtOrBefore(const std::vector<unsigned>& words, long long index
   return index;
 }
 
+bool evenlySpaced(const std::vector<unsigned>& words, long long key_index, long long index) {
+  constexpr std::size_t REORDERING = 16;  // no codec holds more pictures back
+  std::size_t i = static_cast<std::size_t>(key_index) + 1;
+  const std::size_t end = std::min(words.size(), static_cast<std::size_t>(index) + REORDERING + 1);
+  unsigned shortest = PACKET_TIME_MASK;
+  unsigned longest = 0;
+  for (; i < end && !isKeyPacket(words[i]); ++i) {
+    const unsigned step = packetTime(words[i]) - packetTime(words[i - 1]);
+    shortest = std::min(shortest, step);
+    longest = std::max(longest, step);
+  }
+  // Rounding to coarse ticks makes steps differ a little; a missing frame makes one twice as long.
+  return uint64_t{2} * longest < uint64_t{3} * shortest;
+}
+
 }  // namespace zo

@@ -74,6 +74,10 @@ long long findPacketTime(const std::vector<unsigned>& words, int64_t relative_ti
 /// The last key frame at or before `index`; 0 when there is none: the stream's start always serves as one.
 long long keyIndexAtOrBefore(const std::vector<unsigned>& words, long long index);
 
+/// True when the frames of the group from `key_index` to `index`, and those a decoder may need on the way,
+/// follow one another at an even pace. A hole may be a lost packet.
+bool evenlySpaced(const std::vector<unsigned>& words, long long key_index, long long index);
+
 }  // namespace zo
 
 #endif

@@ -115,7 +115,7 @@ class VideoReader::Impl {
   int64_t _writtenTarget(long long key_index) const;
   Landing _lookAtLanding(long long frame_index, long long key_index);
   Landing _improveLanding(long long frame_index, long long key_index);
-  Decoded _decodeUpTo(long long frame_index, bool times_identify_pictures);
+  Decoded _decodeUpTo(long long frame_index, long long key_index, bool times_identify_pictures);
   void _chooseSkipping(PacketRead result);
 
   // Declared in the order of use; closing frees decoder objects before the demuxer.

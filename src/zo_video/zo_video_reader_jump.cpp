@@ -47,7 +47,7 @@ void VideoReader::Impl::moveByIndex(long long frame_index) {
   if (position_known && key_index <= _decoded_index && _decoded_index < frame_index) {
     const bool identified =
         holds_picture && _p_av_frame->best_effort_timestamp == _getPktTsInBaseTime(_decoded_index);
-    if (_decodeUpTo(frame_index, identified) != Decoded::DAMAGED) {
+    if (_decodeUpTo(frame_index, key_index, identified) != Decoded::DAMAGED) {
       return;
     }
   }
@@ -63,7 +63,7 @@ void VideoReader::Impl::_jump(long long frame_index, long long key_index) {
   int step = 0;
   for (;;) {
     if (landing != Landing::UNUSABLE) {
-      const Decoded decoded = _decodeUpTo(frame_index, landing != Landing::UNKNOWN);
+      const Decoded decoded = _decodeUpTo(frame_index, key_index, landing != Landing::UNKNOWN);
       if (decoded == Decoded::DAMAGED) {
         _jump(frame_index, key_index);  // once: from now on every picture is decoded
         return;
@@ -83,7 +83,7 @@ void VideoReader::Impl::_jump(long long frame_index, long long key_index) {
     } while (step <= LAST_STEP_BACK && !_seekBack(step, key_index));
     if (step > LAST_STEP_BACK) {
       if (landing == Landing::UNUSABLE) {
-        _decodeUpTo(frame_index, false);
+        _decodeUpTo(frame_index, key_index, false);
       }
       return;
     }
@@ -200,10 +200,10 @@ VideoReader::Impl::Landing VideoReader::Impl::_improveLanding(long long frame_in
 // Decodes until the wanted picture is held, or a later one when the decoder has none for that index.
 //
 // Pictures before the wanted one that nothing refers to are left out where the index tells every picture by
-// its time. Should the stream prove damaged on that way, the result may depend on them (decoders conceal
-// damage with whatever picture came before): nothing is left out in this stream any more, and the way has to
-// be gone again.
-VideoReader::Impl::Decoded VideoReader::Impl::_decodeUpTo(long long frame_index,
+// its time and no packet seems to be missing. Decoders conceal damage with whatever picture came before, so
+// should the stream prove damaged on that way, nothing is left out in it any more, and the way has to be gone
+// again.
+VideoReader::Impl::Decoded VideoReader::Impl::_decodeUpTo(long long frame_index, long long key_index,
                                                           bool times_identify_pictures) {
   _state = STATE_OPEN;
   _pictures_skipped = false;
@@ -216,7 +216,7 @@ VideoReader::Impl::Decoded VideoReader::Impl::_decodeUpTo(long long frame_index,
     }
   } skipping_off{*this};
   if (times_identify_pictures && _may_skip && _presentation_times &&
-      _index_order == IndexOrder::STRICT_ASCENDING) {
+      _index_order == IndexOrder::STRICT_ASCENDING && evenlySpaced(_packets_ts, key_index, frame_index)) {
     _skip_before = _getPktTsInBaseTime(frame_index);
   }
   bool ended = false;
