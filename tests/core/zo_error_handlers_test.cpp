@@ -1,6 +1,7 @@
 #include "zo_core/zo_error_handlers.h"
 
 #include <gtest/gtest.h>
+#include <algorithm>
 
 #include <functional>
 #include <stdexcept>

@@ -1,5 +1,6 @@
 // Where the planes of a frame lie and how large they are.
 #include <gtest/gtest.h>
+#include <algorithm>
 
 #include <cstdint>
 #include <tuple>

@@ -1,6 +1,7 @@
 #include "zo_core/zo_geometry.h"
 
 #include <gtest/gtest.h>
+#include <algorithm>
 
 #include <climits>
 

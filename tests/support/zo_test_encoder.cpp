@@ -1,5 +1,6 @@
 #include "zo_test_encoder.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
