@@ -1,6 +1,7 @@
 #include "zo_core/zo_exception.h"
 
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <new>

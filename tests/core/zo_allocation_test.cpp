@@ -1,5 +1,6 @@
 // What is left behind when memory runs out: this program's operator new fails on request.
 #include <gtest/gtest.h>
+#include <utility>
 
 #include <cstdlib>
 #include <new>

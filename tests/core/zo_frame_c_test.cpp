@@ -1,6 +1,7 @@
 #include "zo_core/zo_frame_c.h"
 
 #include <gtest/gtest.h>
+#include <new>
 
 #include <climits>
 #include <cstddef>

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <algorithm>
+#include <tuple>
 
 #include <type_traits>
 #include <utility>

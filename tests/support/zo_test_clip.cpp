@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "zo_core/zo_path.h"
 #include "zo_test_encoder.h"

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 #include "zo_test_picture.h"
 #include "zo_video/zo_ffmpeg_compat.h"

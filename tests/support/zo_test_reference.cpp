@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "zo_test_encoder.h"
 #include "zo_video/zo_ffmpeg_compat.h"

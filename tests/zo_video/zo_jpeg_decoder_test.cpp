@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 #include <turbojpeg.h>
+#include <new>
+#include <tuple>
 
 #include <climits>
 #include <random>

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <turbojpeg.h>
+#include <tuple>
 
 #include <algorithm>
 #include <climits>
