@@ -1,9 +1,13 @@
 #include "zo_video_converter_impl.h"
 
+#include <cstdint>
+#include <cstdlib>
+
 #include "zo_core/zo_exception.h"
 #include "zo_video_helpers.h"
 
 extern "C" {
+#include <libavutil/imgutils.h>
 #include <libavutil/log.h>
 }
 
@@ -28,13 +32,26 @@ ScalerPlanes planesOf(const Frame& frame) {
   return planes;
 }
 
-// The scaler leaves the chroma plane of a semi-planar picture alone when it copies it to the same format and
-// the third plane pointer is null. It never follows that pointer there; it only has to be something.
-void completeSemiPlanar(AVPixelFormat format, ScalerPlanes& planes) {
-  if ((format == AV_PIX_FMT_NV12 || format == AV_PIX_FMT_NV21) && planes.data[2] == nullptr) {
-    planes.data[2] = planes.data[1];
-    planes.strides[2] = planes.strides[1];
+// A picture that already has the wanted format and size is copied row by row. The scaler's own copy loses
+// what its row lengths do not cover: chroma of semi-planar pictures, the last pixel of odd packed 4:2:2 rows.
+void copyPlanes(const AVFrame* p_source, Frame& dst) {
+  for (unsigned i = 0; i < dst.planeCount(); ++i) {
+    av_image_copy_plane(dst.planeData(i), static_cast<int>(dst.planeStride(i)), p_source->data[i],
+                        p_source->linesize[i], static_cast<int>(dst.planeRowBytes(i)),
+                        static_cast<int>(dst.planeRows(i)));
   }
+}
+
+// Whether a decoded picture has all the bytes that the frame's planes take; the scaler deals with one that
+// has not, or tells about it.
+bool coversPlanes(const AVFrame* p_picture, const Frame& dst) {
+  for (unsigned i = 0; i < dst.planeCount(); ++i) {
+    if (p_picture->data[i] == nullptr ||
+        std::abs(static_cast<int64_t>(p_picture->linesize[i])) < static_cast<int64_t>(dst.planeRowBytes(i))) {
+      return false;
+    }
+  }
+  return true;
 }
 
 AVPixelFormat withoutFullRange(AVPixelFormat format) {
@@ -95,10 +112,8 @@ void VideoConverter::Impl::convert(const Frame& src, FrameFormat dst_format, Siz
   const int flags = videoConvertorAlgorithmToAvScaleFlags(algorithm);
   prepareScaler(src.size(), src_av_format, dst_size, dst_av_format, flags, FUNCTION);
 
-  ScalerPlanes src_planes = planesOf(src);
-  ScalerPlanes dst_planes = planesOf(dst);
-  completeSemiPlanar(src_av_format, src_planes);
-  completeSemiPlanar(dst_av_format, dst_planes);
+  const ScalerPlanes src_planes = planesOf(src);
+  const ScalerPlanes dst_planes = planesOf(dst);
   const int rows = sws_scale(_p_sws_ctx.get(), src_planes.data, src_planes.strides, 0, src.size().height,
                              dst_planes.data, dst_planes.strides);
   if (rows != dst_size.height) {
@@ -121,15 +136,17 @@ int VideoConverter::Impl::convertAvFrame(const AVFrame* p_src_frame, AVPixelForm
   const Size size(p_src_frame->width, p_src_frame->height);
   prepareScaler(size, src_av_format, size, dst_av_format, 0, FUNCTION);
   dst.reuse(frame_format, size, DeviceContext(), 0);
+  if (src_av_format == dst_av_format && coversPlanes(p_src_frame, dst)) {
+    copyPlanes(p_src_frame, dst);
+    return size.height;
+  }
 
   ScalerPlanes src_planes;
   for (unsigned i = 0; i < 4; ++i) {
     src_planes.data[i] = p_src_frame->data[i];
     src_planes.strides[i] = p_src_frame->linesize[i];
   }
-  ScalerPlanes dst_planes = planesOf(dst);
-  completeSemiPlanar(src_av_format, src_planes);
-  completeSemiPlanar(dst_av_format, dst_planes);
+  const ScalerPlanes dst_planes = planesOf(dst);
   const int rows = sws_scale(_p_sws_ctx.get(), src_planes.data, src_planes.strides, 0, size.height,
                              dst_planes.data, dst_planes.strides);
   if (rows != size.height) {
