@@ -1,10 +1,10 @@
 // What is left behind when memory runs out: this program's operator new fails on request.
 #include <gtest/gtest.h>
-#include <utility>
 
 #include <cstdlib>
 #include <new>
 #include <string>
+#include <utility>
 
 #include "zo_core/zo_core.h"
 

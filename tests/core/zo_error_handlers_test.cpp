@@ -1,8 +1,8 @@
 #include "zo_core/zo_error_handlers.h"
 
 #include <gtest/gtest.h>
-#include <algorithm>
 
+#include <algorithm>
 #include <functional>
 #include <stdexcept>
 #include <string>

@@ -1,10 +1,10 @@
 #include "zo_core/zo_frame_c.h"
 
 #include <gtest/gtest.h>
-#include <new>
 
 #include <climits>
 #include <cstddef>
+#include <new>
 
 #include "zo_core/zo_frame.h"
 #include "zo_test_support.h"

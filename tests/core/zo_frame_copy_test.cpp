@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
+
 #include <algorithm>
 #include <tuple>
-
 #include <type_traits>
 #include <utility>
 

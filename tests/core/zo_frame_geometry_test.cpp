@@ -1,7 +1,7 @@
 // Where the planes of a frame lie and how large they are.
 #include <gtest/gtest.h>
-#include <algorithm>
 
+#include <algorithm>
 #include <cstdint>
 #include <tuple>
 

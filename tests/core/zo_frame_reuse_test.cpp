@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
-#include <algorithm>
 
+#include <algorithm>
 #include <climits>
 #include <new>
 #include <tuple>

@@ -1,8 +1,8 @@
 #include "zo_core/zo_geometry.h"
 
 #include <gtest/gtest.h>
-#include <algorithm>
 
+#include <algorithm>
 #include <climits>
 
 #include "zo_test_support.h"

@@ -2,6 +2,7 @@
 #include "zo_test_support.h"
 
 #include <gtest/gtest.h>
+
 #include <algorithm>
 
 #include "zo_video/zo_video_converter_impl.h"

@@ -2,12 +2,12 @@
 
 #include <gtest/gtest.h>
 #include <turbojpeg.h>
-#include <new>
-#include <tuple>
 
 #include <climits>
+#include <new>
 #include <random>
 #include <string>
+#include <tuple>
 
 #include "zo_jpeg_test_support.h"
 #include "zo_test_exception.h"
