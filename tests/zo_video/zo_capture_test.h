@@ -6,11 +6,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "zo_test_not_coded.h"
 #include "zo_test_support.h"
 #include "zo_video/zo_video_capture.h"
 
@@ -26,26 +25,6 @@ struct Named {
 template <class Value>
 std::string caseName(const testing::TestParamInfo<Named<Value>>& param_info) {
   return param_info.param.name;
-}
-
-/// Makes an MPEG-4 picture "not coded": the packet stays, but the decoder produces no picture for it and
-/// reports no error. Works for P pictures of clips whose frame rate is 25 (5 bits of time increment).
-inline void makePictureNotCoded(AVPacket* p_packet) {
-  static const std::uint8_t START[] = {0, 0, 1, 0xB6};
-  for (int at = 0; at + 8 < p_packet->size; ++at) {
-    if (std::memcmp(p_packet->data + at, START, sizeof(START)) != 0) {
-      continue;
-    }
-    std::size_t bit = static_cast<std::size_t>(at + 4) * 8 + 2;  // behind the picture type
-    const auto isSet = [&](std::size_t i) { return (p_packet->data[i / 8] >> (7 - i % 8) & 1) != 0; };
-    while (isSet(bit)) {
-      ++bit;  // whole seconds
-    }
-    bit += 1 + 1 + 5 + 1;  // end of the seconds, marker, time increment, marker
-    p_packet->data[bit / 8] = static_cast<std::uint8_t>(p_packet->data[bit / 8] & ~(0x80 >> bit % 8));
-    return;
-  }
-  throw std::runtime_error("no MPEG-4 picture in the packet");
 }
 
 /// Times of all frames that a capture still delivers.
