@@ -51,7 +51,6 @@ JpegEncoder::Impl::Impl() : Impl(TurboJpegCompressorPtr(tjInitCompress())) {}
 JpegEncoder::Impl::Impl(TurboJpegCompressorPtr p_compressor) : _p_compressor(std::move(p_compressor)) {}
 
 void JpegEncoder::Impl::encode(const Frame& frame, int quality, Buffer& out) {
-  static const char FUNCTION[] = "encode";
   if (frame.planeCount() == 0) {
     refuse(ZO_STATUS_NOT_INITIALIZED, __LINE__, "input frame is empty");
   }
@@ -61,6 +60,11 @@ void JpegEncoder::Impl::encode(const Frame& frame, int quality, Buffer& out) {
   if (_p_compressor == nullptr) {
     refuse(ZO_STATUS_NULL_POINTER, __LINE__, "Turbo jpeg instance is not initialized");
   }
+  encodeByFormat(frame, quality, out);
+}
+
+void JpegEncoder::Impl::encodeByFormat(const Frame& frame, int quality, Buffer& out) {
+  static const char FUNCTION[] = "encode";
   switch (frame.format()) {
     case ZO_FRAME_FORMAT_UNDEFINED:
       throw Exception(nullptr, ZO_STATUS_NOT_INITIALIZED, FUNCTION, SOURCE_FILE, __LINE__,

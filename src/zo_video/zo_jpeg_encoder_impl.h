@@ -18,6 +18,10 @@ class JpegEncoder::Impl {
   /// See JpegEncoder::encode().
   void encode(const Frame& frame, int quality, Buffer& out);
 
+  /// The second half of encode(), for arguments that have been checked: how each format is compressed, or
+  /// why it is not.
+  void encodeByFormat(const Frame& frame, int quality, Buffer& out);
+
  private:
   /// Which of planes 1 and 2 holds which chroma channel.
   enum class ChromaOrder { CB_CR, CR_CB };

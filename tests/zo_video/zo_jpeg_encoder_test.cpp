@@ -305,6 +305,42 @@ TEST_P(JpegEncoderWithoutPlanes, IsRefusedBeforeTheFormatIsLookedAt) {
 INSTANTIATE_TEST_SUITE_P(Formats, JpegEncoderWithoutPlanes,
                          testing::Values(0, 3, 5, 16, 17, 18, 19, 20, 21, -1, INT_MIN, INT_MAX));
 
+struct RefusedCase {
+  const char* name;
+  int format;
+  Status status;
+  const char* message;
+};
+
+class JpegEncoderRefusedFormat : public testing::TestWithParam<RefusedCase> {};
+
+TEST_P(JpegEncoderRefusedFormat, IsReportedInTheWordsOfTheImageWriter) {
+  Frame frame;
+  frame.reuse(static_cast<FrameFormat>(GetParam().format), Size(16, 16), DeviceContext(), 0);
+  JpegEncoder::Impl encoder;
+  Buffer out;
+  EXPECT_ZO_EXCEPTION_FROM("src/zo_video/zo_jpeg_encoder", encoder.encodeByFormat(frame, 90, out),
+                           GetParam().status, GetParam().message, "encode");
+}
+
+constexpr char NO_FRAME_DATA[] = "Failure in imageWrite(...): not initialized frame data";
+constexpr char NOT_SUPPORTED[] = "Failure in imageWrite(...): not suported format to save";
+constexpr char UNKNOWN[] = "Failure in imageWrite(...): unknown format";
+
+INSTANTIATE_TEST_SUITE_P(
+    Formats, JpegEncoderRefusedFormat,
+    testing::Values(RefusedCase{"Undefined", 0, ZO_STATUS_NOT_INITIALIZED, NO_FRAME_DATA},
+                    RefusedCase{"Reserved3", 3, ZO_STATUS_OUT_OF_RANGE, UNKNOWN},
+                    RefusedCase{"Reserved5", 5, ZO_STATUS_OUT_OF_RANGE, UNKNOWN},
+                    RefusedCase{"Custom1", 16, ZO_STATUS_NOT_SUPPORTED, NOT_SUPPORTED},
+                    RefusedCase{"Reserved17", 17, ZO_STATUS_NOT_SUPPORTED, NOT_SUPPORTED},
+                    RefusedCase{"Reserved18", 18, ZO_STATUS_NOT_SUPPORTED, NOT_SUPPORTED},
+                    RefusedCase{"Custom2", 19, ZO_STATUS_NOT_SUPPORTED, NOT_SUPPORTED},
+                    RefusedCase{"Custom3", 20, ZO_STATUS_NOT_SUPPORTED, NOT_SUPPORTED},
+                    RefusedCase{"Beyond", 21, ZO_STATUS_OUT_OF_RANGE, UNKNOWN},
+                    RefusedCase{"Negative", -1, ZO_STATUS_OUT_OF_RANGE, UNKNOWN}),
+    CaseName());
+
 TEST(JpegEncoder, RefusesAFrameWhoseSizeWasNeverSet) {
   Frame frame;
   frame.reuse(ZO_FRAME_FORMAT_BGR24, Size(0, 16), DeviceContext(), 0);

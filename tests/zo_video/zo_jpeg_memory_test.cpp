@@ -21,7 +21,8 @@ namespace {
 
 constexpr char FILE_NAME[] = "src/zo_video/zo_image_io";
 
-// --- Encoding -----------------------------------------------------------------------------------------------
+// --- Encoding
+// -----------------------------------------------------------------------------------------------
 
 struct KindCase {
   FrameFormat format;
@@ -50,7 +51,8 @@ INSTANTIATE_TEST_SUITE_P(Formats, EncodeJpegKind,
                                          KindCase{ZO_FRAME_FORMAT_RGB24, TJSAMP_420, TJSAMP_444},
                                          KindCase{ZO_FRAME_FORMAT_BGR24, TJSAMP_420, TJSAMP_444},
                                          KindCase{ZO_FRAME_FORMAT_YUV420_PLANAR_I420, TJSAMP_420, TJSAMP_420},
-                                         KindCase{ZO_FRAME_FORMAT_YUV420_SEMIPLANAR_NV12, TJSAMP_420, TJSAMP_420}),
+                                         KindCase{ZO_FRAME_FORMAT_YUV420_SEMIPLANAR_NV12, TJSAMP_420,
+                                                  TJSAMP_420}),
                          [](const auto& i) { return shortName(i.param.format); });
 
 TEST(EncodeJpeg, KeepsTheChromaChannelsOfYuvFramesApart) {
@@ -58,7 +60,8 @@ TEST(EncodeJpeg, KeepsTheChromaChannelsOfYuvFramesApart) {
     const RawPicture decoded = bareDecodeYuv(bytesOf(*encodeJpeg(makeYuvFrame(format, Size(32, 32)), 90)));
     const RawPicture expected = makeYuvPicture(Size(32, 32), TJSAMP_420);
     for (unsigned i = 0; i < 3; ++i) {
-      EXPECT_NEAR(expected.planes[i].bytes[0], decoded.planes[i].bytes[0], 6) << toString(format) << " plane " << i;
+      EXPECT_NEAR(expected.planes[i].bytes[0], decoded.planes[i].bytes[0], 6)
+          << toString(format) << " plane " << i;
     }
   }
 }
@@ -96,7 +99,8 @@ TEST_P(EncodeJpegFormat, IsRefusedByName) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, EncodeJpegFormat,
-                         testing::Values(ZO_FRAME_FORMAT_YUV420_PLANAR_YV12, ZO_FRAME_FORMAT_YUV420_SEMIPLANAR_NV21,
+                         testing::Values(ZO_FRAME_FORMAT_YUV420_PLANAR_YV12,
+                                         ZO_FRAME_FORMAT_YUV420_SEMIPLANAR_NV21,
                                          ZO_FRAME_FORMAT_YUV422_PLANAR, ZO_FRAME_FORMAT_YUV422_PACKED_YUY2,
                                          ZO_FRAME_FORMAT_YUV422_PACKED_UYVY,
                                          ZO_FRAME_FORMAT_YUV422_SEMIPLANAR_NV16,
@@ -107,8 +111,8 @@ TEST(EncodeJpeg, ReportsWhatTheImageLibraryCannotCompress) {
   Frame frame;
   frame.reuse(ZO_FRAME_FORMAT_GRAY8, Size(70000, 1), DeviceContext(), 0);
   fillFrame(frame, 7);
-  EXPECT_ZO_EXCEPTION_FROM(FILE_NAME, encodeJpeg(frame, 90), ZO_STATUS_CODEC_ERROR, "Failed to encode JPEG frame",
-                           "encodeJpeg");
+  EXPECT_ZO_EXCEPTION_FROM(FILE_NAME, encodeJpeg(frame, 90), ZO_STATUS_CODEC_ERROR,
+                           "Failed to encode JPEG frame", "encodeJpeg");
 }
 
 TEST(EncodeJpeg, ReadsNoByteBehindThePixelsOfTheCaller) {
@@ -122,7 +126,8 @@ TEST(EncodeJpeg, ReadsNoByteBehindThePixelsOfTheCaller) {
         strides[i] = picture.planeRowBytes(i);
         bytes += static_cast<std::size_t>(strides[i]) * picture.planeRows(i);
       }
-      const std::unique_ptr<unsigned char[]> p_block(new unsigned char[bytes]);  // the sanitizer guards its end
+      const std::unique_ptr<unsigned char[]> p_block(
+          new unsigned char[bytes]);  // the sanitizer guards its end
       Frame outside(FrameLayout(format, size, strides), DeviceContext(), DevicePtr(p_block.get()));
       picture.copyTo(outside);
       EXPECT_EQ(bytesOf(*encodeJpeg(picture, 80)), bytesOf(*encodeJpeg(outside, 80)))
@@ -131,7 +136,8 @@ TEST(EncodeJpeg, ReadsNoByteBehindThePixelsOfTheCaller) {
   }
 }
 
-// --- Decoding -----------------------------------------------------------------------------------------------
+// --- Decoding
+// -----------------------------------------------------------------------------------------------
 
 TEST(DecodeJpeg, RefusesNoDataAndNoBytes) {
   const unsigned char byte = 0xFF;
@@ -191,8 +197,8 @@ TEST(DecodeJpeg, DecodesTheOtherImageTypesOfTheImageLibraryToo) {
   for (const char* p_name : {"a.png", "a.ppm"}) {
     imageSave(directory.file(p_name), frame, 90);
     const std::string bytes = readFile(directory.file(p_name));
-    const std::shared_ptr<Frame> p_frame = decodeJpeg(reinterpret_cast<const unsigned char*>(bytes.data()),
-                                                      static_cast<unsigned>(bytes.size()));
+    const std::shared_ptr<Frame> p_frame =
+        decodeJpeg(reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<unsigned>(bytes.size()));
     EXPECT_TRUE(samePixels(frame, *p_frame)) << p_name;
   }
 }
