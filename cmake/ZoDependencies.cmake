@@ -8,7 +8,7 @@ pkg_check_modules(ZO_TURBOJPEG REQUIRED IMPORTED_TARGET libturbojpeg>=1.4)
 # The Simd image library: ZO_SIMD_USED becomes system or bundled. An installed one becomes the target
 # zo_system_simd, whatever its package calls it.
 include(ZoFindSimd)
-if(ZO_SIMD_USED STREQUAL bundled)
+if(ZO_SIMD_USED STREQUAL bundled OR ZO_BUILD_TESTS)
   find_package(PNG REQUIRED)
   find_package(JPEG REQUIRED)
 endif()

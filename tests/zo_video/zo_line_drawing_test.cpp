@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "zo_guarded_frame.h"
+#include "zo_guarded_canvas.h"
 #include "zo_line_rule.h"
 #include "zo_test_exception.h"
 #include "zo_test_names.h"
@@ -21,7 +21,7 @@ using zo::Point;
 using zo::Rect;
 using zo::Size;
 using zo::test::Color;
-using zo::test::GuardedFrame;
+using zo::test::GuardedCanvas;
 using zo::test::LineRule;
 using Pixels = std::set<std::pair<int, int>>;
 
@@ -33,7 +33,7 @@ constexpr char FILE_TEXT[] = "src/zo_video/zo_image_io";
 
 // The pixels that are no longer background; fails for one that has another colour than RED or for a damaged
 // guard.
-Pixels painted(const GuardedFrame& target) {
+Pixels painted(const GuardedCanvas& target) {
   Pixels result;
   for (int y = 0; y < target.size().height; ++y) {
     for (int x = 0; x < target.size().width; ++x) {
@@ -48,13 +48,13 @@ Pixels painted(const GuardedFrame& target) {
 }
 
 Pixels line(Size size, Point p1, Point p2, int thickness) {
-  GuardedFrame target(size);
+  GuardedCanvas target(size);
   zo::drawLine(target.frame, p1, p2, RED.data(), thickness);
   return painted(target);
 }
 
 Pixels rectangle(Size size, Rect rect, int thickness) {
-  GuardedFrame target(size);
+  GuardedCanvas target(size);
   zo::drawRect(target.frame, rect, RED.data(), thickness);
   return painted(target);
 }
@@ -158,7 +158,7 @@ TEST(LineDrawing, ReachesTheLastRowAndColumn) {
 }
 
 TEST(LineDrawing, ReadsTheColorBeforeItWrites) {
-  GuardedFrame target({10, 10});
+  GuardedCanvas target({10, 10});
   target.setPixel(3, 0, RED);
   zo::drawLine(target.frame, {0, 0}, {9, 0}, target.frame.planeData(0) + 9, 1);
   EXPECT_EQ(block(0, 0, 9, 0), painted(target));
@@ -171,7 +171,7 @@ struct ColorCase {
 class ColorOrder : public testing::TestWithParam<ColorCase> {};
 
 TEST_P(ColorOrder, WritesTheColorBytesAsGiven) {
-  GuardedFrame target({4, 4}, GetParam().format);
+  GuardedCanvas target({4, 4}, GetParam().format);
   const Color color{255, 0, 7};
   zo::drawLine(target.frame, {1, 1}, {1, 1}, color.data(), 1);
   EXPECT_EQ(color, target.pixel(1, 1));
@@ -293,8 +293,8 @@ class RandomPoints {
 };
 
 void compareWithTheRule(Size size, Point p1, Point p2, int thickness) {
-  GuardedFrame expected(size);
-  GuardedFrame actual(size);
+  GuardedCanvas expected(size);
+  GuardedCanvas actual(size);
   LineRule::paint(expected, p1, p2, RED, thickness);
   zo::drawLine(actual.frame, p1, p2, RED.data(), thickness);
   ASSERT_EQ(expected.memory(), actual.memory())
@@ -327,7 +327,7 @@ TEST(LineDrawing, PaintsWhatTheRuleSaysForRandomLinesThatWrapAround) {
       compareWithTheRule(size, p1, p2, thickness);
       ++compared;
     } else {
-      GuardedFrame target(size);
+      GuardedCanvas target(size);
       zo::drawLine(target.frame, p1, p2, RED.data(), thickness);
       ASSERT_TRUE(target.guardsAreIntact());
     }
@@ -344,8 +344,8 @@ TEST(RectDrawing, KeepsInsideTheFrameForRandomRectangles) {
     const Rect rect(at.x, at.y, far ? random.extreme() : random.between(-5, 60),
                     far ? random.extreme() : random.between(-5, 60));
     const int thickness = random.thickness();
-    GuardedFrame expected(size);
-    GuardedFrame actual(size);
+    GuardedCanvas expected(size);
+    GuardedCanvas actual(size);
     Rect cropped = rect;
     cropped.crop(size);
     if (cropped.width > 0 && cropped.height > 0) {

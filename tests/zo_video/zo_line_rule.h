@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "zo_guarded_frame.h"
+#include "zo_guarded_canvas.h"
 
 namespace zo {
 namespace test {
@@ -21,7 +21,7 @@ class LineRule {
     return rule.clip(size.width - 1, size.height - 1) ? rule.orient() : 0;
   }
 
-  static void paint(GuardedFrame& target, Point p1, Point p2, Color color, int thickness) {
+  static void paint(GuardedCanvas& target, Point p1, Point p2, Color color, int thickness) {
     LineRule rule(p1, p2);
     const int32_t w = target.size().width - 1;
     const int32_t h = target.size().height - 1;
@@ -86,7 +86,7 @@ class LineRule {
     return static_cast<int64_t>(x2) - x1 + 1;
   }
 
-  void walk(GuardedFrame& target, int32_t w, int32_t h, Color color, uint32_t t) const {
+  void walk(GuardedCanvas& target, int32_t w, int32_t h, Color color, uint32_t t) const {
     const double dx = minus(x2, x1);
     const double dy = size(minus(y2, y1));
     double error = dx * 0.5;

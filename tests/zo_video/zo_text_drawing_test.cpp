@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "zo_guarded_frame.h"
+#include "zo_guarded_canvas.h"
 #include "zo_test_exception.h"
 #include "zo_test_names.h"
 #include "zo_test_picture.h"
@@ -21,7 +21,7 @@ using namespace std::string_literals;
 using zo::Point;
 using zo::Size;
 using zo::test::Color;
-using zo::test::GuardedFrame;
+using zo::test::GuardedCanvas;
 using zo::test::TextRule;
 
 constexpr Color WHITE{255, 255, 255};
@@ -32,14 +32,14 @@ constexpr char ASSERTION[] =
 using Memory = std::vector<unsigned char>;
 
 Memory drawn(Size size, const std::string& text, Point position, int height, Color color = WHITE) {
-  GuardedFrame target(size);
+  GuardedCanvas target(size);
   zo::drawText(target.frame, text, position, color.data(), height);
   EXPECT_TRUE(target.guardsAreIntact());
   return target.memory();
 }
 
 Memory untouched(Size size) {
-  return GuardedFrame(size).memory();
+  return GuardedCanvas(size).memory();
 }
 
 // The smallest box around all pixels that are no longer background.
@@ -48,7 +48,7 @@ struct Box {
 };
 
 Box inkBox(Size size, const std::string& text, Point position, int height) {
-  GuardedFrame target(size);
+  GuardedCanvas target(size);
   zo::drawText(target.frame, text, position, WHITE.data(), height);
   Box box;
   for (int y = 0; y < size.height; ++y) {
@@ -75,14 +75,14 @@ TEST(TextDrawing, PutsTheBoxBehindTheIndentAndTheNextLineBelow) {
   EXPECT_LE(b.right, 19);
   EXPECT_GE(b.top, 26);
   EXPECT_LE(b.bottom, 41);
-  GuardedFrame separately({100, 60});
+  GuardedCanvas separately({100, 60});
   zo::drawText(separately.frame, "A", {10, 10}, WHITE.data(), 16);
   zo::drawText(separately.frame, "B", {10, 26}, WHITE.data(), 16);
   EXPECT_EQ(separately.memory(), drawn({100, 60}, "A\nB", {10, 10}, 16));
 }
 
 TEST(TextDrawing, LineFeedGoesBackToTheLeft) {
-  GuardedFrame separately({100, 60});
+  GuardedCanvas separately({100, 60});
   zo::drawText(separately.frame, "abc", {5, 5}, WHITE.data(), 16);
   zo::drawText(separately.frame, "d", {5, 37}, WHITE.data(), 16);
   EXPECT_EQ(separately.memory(), drawn({100, 60}, "abc\n\nd", {5, 5}, 16));
@@ -109,9 +109,9 @@ TEST(TextDrawing, DrawsLettersTwoPixelsWideAtHeightFour) {
 }
 
 TEST(TextDrawing, DrawsTheVisiblePartOfTextThatStartsOutside) {
-  GuardedFrame large({200, 120});
+  GuardedCanvas large({200, 120});
   zo::drawText(large.frame, "Wq@\ngjM", {40, 30}, WHITE.data(), 30);
-  GuardedFrame small({30, 40});
+  GuardedCanvas small({30, 40});
   zo::drawText(small.frame, "Wq@\ngjM", {40 - 55, 30 - 45}, WHITE.data(), 30);
   int ink = 0;
   for (int y = 0; y < 40; ++y) {
@@ -187,7 +187,7 @@ TEST(TextDrawing, DrawsNothingIntoAFrameWithoutPixels) {
 
 TEST(TextDrawing, AppliesTheColorBytesInTheirOrder) {
   for (const zo::FrameFormat format : {zo::ZO_FRAME_FORMAT_BGR24, zo::ZO_FRAME_FORMAT_RGB24}) {
-    GuardedFrame target({127, 231}, format);
+    GuardedCanvas target({127, 231}, format);
     const Color color{255, 9, 0};
     zo::drawText(target.frame, "|", {-33, -12}, color.data(), 231);
     int solid = 0;
@@ -240,7 +240,7 @@ TEST(TextDrawing, GivesThePixelsOfAFreshFontForRandomTexts) {
   TextRule rule;
   for (int call = 0; call < 6000 && !HasFailure(); ++call) {
     const RandomText text(random);
-    GuardedFrame expected(text.size);
+    GuardedCanvas expected(text.size);
     for (int y = 0; y < text.size.height; ++y) {
       for (int x = 0; x < text.size.width; ++x) {
         const auto noise = static_cast<unsigned>(random());
@@ -249,7 +249,7 @@ TEST(TextDrawing, GivesThePixelsOfAFreshFontForRandomTexts) {
                            static_cast<unsigned char>(noise >> 16)});
       }
     }
-    GuardedFrame actual(text.size);
+    GuardedCanvas actual(text.size);
     for (int y = 0; y < text.size.height; ++y) {
       for (int x = 0; x < text.size.width; ++x) {
         actual.setPixel(x, y, expected.pixel(x, y));

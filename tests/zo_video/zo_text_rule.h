@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "zo_guarded_frame.h"
+#include "zo_guarded_canvas.h"
 #include "zo_video/zo_drawing.h"
 
 namespace zo {
@@ -36,7 +36,7 @@ class TextRule {
   };
 
   static Mask sourceGlyph(char symbol) {
-    GuardedFrame canvas({SOURCE_WIDTH, SOURCE_HEIGHT});
+    GuardedCanvas canvas({SOURCE_WIDTH, SOURCE_HEIGHT});
     for (int y = 0; y < SOURCE_HEIGHT; ++y) {
       for (int x = 0; x < SOURCE_WIDTH; ++x) {
         canvas.setPixel(x, y, {0, 0, 0});
@@ -72,7 +72,7 @@ class TextRule {
     return mask;
   }
 
-  void paint(GuardedFrame& target, const std::string& text, Point position, Color color, int height) {
+  void paint(GuardedCanvas& target, const std::string& text, Point position, Color color, int height) {
     if (height < 4 || height > 4 * SOURCE_HEIGHT) {
       return;
     }

@@ -1,5 +1,5 @@
-#ifndef ZO_TESTS_ZO_VIDEO_ZO_GUARDED_FRAME_H
-#define ZO_TESTS_ZO_VIDEO_ZO_GUARDED_FRAME_H
+#ifndef ZO_TESTS_ZO_VIDEO_ZO_GUARDED_CANVAS_H
+#define ZO_TESTS_ZO_VIDEO_ZO_GUARDED_CANVAS_H
 
 #include <array>
 #include <cstddef>
@@ -14,12 +14,12 @@ using Color = std::array<unsigned char, 3>;
 
 /// A frame with 3 bytes per pixel over memory of the test's own: the bytes in front of, between and behind
 /// the rows are known, so that a write outside the picture shows.
-class GuardedFrame {
+class GuardedCanvas {
  public:
   static constexpr unsigned char BACKGROUND = 0x40;
   static constexpr unsigned char GUARD = 0xA5;
 
-  explicit GuardedFrame(Size size, FrameFormat format = ZO_FRAME_FORMAT_BGR24, unsigned row_padding = 7)
+  explicit GuardedCanvas(Size size, FrameFormat format = ZO_FRAME_FORMAT_BGR24, unsigned row_padding = 7)
       : _size(size),
         _stride(static_cast<unsigned>(size.width) * 3 + row_padding),
         _memory(MARGIN + static_cast<std::size_t>(_stride) * static_cast<unsigned>(size.height) + MARGIN,
@@ -33,8 +33,8 @@ class GuardedFrame {
                   DevicePtr(_memory.data() + MARGIN));
   }
 
-  GuardedFrame(const GuardedFrame&) = delete;
-  GuardedFrame& operator=(const GuardedFrame&) = delete;
+  GuardedCanvas(const GuardedCanvas&) = delete;
+  GuardedCanvas& operator=(const GuardedCanvas&) = delete;
 
   Size size() const { return _size; }
   Color pixel(int x, int y) const {
