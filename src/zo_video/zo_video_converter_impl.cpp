@@ -98,7 +98,8 @@ void VideoConverter::Impl::convert(const Frame& src, FrameFormat dst_format, Siz
     if (src.format() == dst_format && src.size() == dst_size) {
       return;
     }
-    const Frame source = src;  // shares the pixels, so that reshaping the destination leaves them alone
+    // Shares the pixels, so that reshaping the destination leaves them alone.
+    const Frame source = src;  // NOLINT(performance-unnecessary-copy-initialization)
     convert(source, dst_format, dst_size, dst, algorithm);
     return;
   }
