@@ -1,0 +1,71 @@
+#include "source.h"
+
+#include "failure.h"
+#include "text.h"
+
+namespace zo_tool {
+
+void Source::openReader(bool navigation, bool cached) {
+  const int result = _reader.open(_options.url.c_str(), _options.timeoutMs(), &_stop_request, navigation,
+                                  _options.skip_errors, cached);
+  if (result != 0) throw Stopped();
+  checkStop();
+  _numbered = navigation && _reader.frameCount() > 0;
+}
+
+void Source::open(Access access) {
+  _index_failure = zo::Exception();
+  _may_reopen = access != Access::IN_ORDER && !isNetworkUrl(_options.url);
+  try {
+    openReader(access != Access::IN_ORDER, access == Access::NUMBERED_CACHED);
+    return;
+  } catch (const zo::Exception& e) {
+    checkStop();
+    const bool index_failed =
+        e.status() == zo::ZO_STATUS_SEEK_ERROR || e.status() == zo::ZO_STATUS_READ_ERROR;
+    if (access == Access::IN_ORDER || !index_failed) throw;
+    _index_failure = e;
+  }
+  openReader(false, false);
+}
+
+bool Source::readFrame(zo::Frame& frame) {
+  bool got_frame = false;
+  const int result = _reader.read(frame, got_frame, &_stop_request);
+  if (result != 0) throw Stopped();
+  checkStop();
+  return got_frame;
+}
+
+bool Source::read(zo::Frame& frame) {
+  bool got_frame = readFrame(frame);
+  if (!got_frame && _may_reopen && !_numbered && _reader.frameIndex() < 0) {
+    _may_reopen = false;
+    openReader(false, false);
+    got_frame = readFrame(frame);
+  }
+  return got_frame;
+}
+
+void Source::goTo(long long index) {
+  if (_numbered) {
+    _reader.moveByIndex(index);
+    checkStop();
+    return;
+  }
+  zo::Frame frame;
+  while (_reader.frameIndex() < index - 1) {
+    if (!read(frame))
+      fail(zo::ZO_STATUS_OUT_OF_RANGE, "there is no frame %lld, the video has %lld", index,
+           _reader.frameIndex() + 1);
+  }
+}
+
+void Source::requireNumbers() const {
+  if (_numbered) return;
+  if (_index_failure.status() != zo::ZO_STATUS_OK) throw zo::Exception(_index_failure);
+  fail(zo::ZO_STATUS_NOT_ALLOWED, "the frames of '%s' cannot be numbered: its container reports no duration",
+       _options.url.c_str());
+}
+
+}  // namespace zo_tool
