@@ -1,0 +1,123 @@
+#include <nlohmann/json.hpp>
+
+#include "zo_tool_program.h"
+
+namespace {
+
+using zo::test::ClipOptions;
+using zo::test::failedWith;
+using zo::test::makeToolClip;
+using zo::test::runTool;
+using zo::test::TempDir;
+using zo::test::toolClipOptions;
+using zo::test::ToolRun;
+
+nlohmann::json infoOf(const std::string& path) {
+  const ToolRun run = runTool({"info", path, "--json"});
+  EXPECT_EQ(0, run.status) << run.err;
+  EXPECT_EQ("", run.err);
+  return nlohmann::json::parse(run.out);
+}
+
+TEST(ToolInfoTest, JsonHasExactlyTheDocumentedKeys) {
+  TempDir directory;
+  const nlohmann::json info = infoOf(makeToolClip(directory, "clip.mkv", toolClipOptions(12)));
+  std::vector<std::string> keys;
+  for (const auto& entry : info.items()) keys.push_back(entry.key());
+  EXPECT_EQ((std::vector<std::string>{"first_timestamp_ms", "format", "fps", "frame_count", "height",
+                                      "last_timestamp_ms", "metadata", "rotation", "url", "width"}),
+            keys);
+}
+
+TEST(ToolInfoTest, JsonDescribesTheClip) {
+  TempDir directory;
+  ClipOptions options = toolClipOptions(30);
+  options.rotation = 90;
+  options.metadata["title"] = "A \"title\"\nof two lines";
+  const std::string path = makeToolClip(directory, "clip.mp4", options);
+  const nlohmann::json info = infoOf(path);
+  EXPECT_EQ(path, info["url"]);
+  EXPECT_EQ(96, info["width"]);
+  EXPECT_EQ(64, info["height"]);
+  EXPECT_EQ("ZO_FRAME_FORMAT_YUV420_PLANAR_I420", info["format"]);
+  EXPECT_DOUBLE_EQ(25.0, info["fps"].get<double>());
+  EXPECT_EQ(90, info["rotation"]);
+  EXPECT_EQ(30, info["frame_count"]);
+  EXPECT_EQ(0, info["first_timestamp_ms"]);
+  EXPECT_EQ(29 * 40, info["last_timestamp_ms"]);
+  EXPECT_EQ("A \"title\"\nof two lines", info["metadata"]["title"]);
+}
+
+TEST(ToolInfoTest, TextShowsTheSameOnLinesOfTheirOwn) {
+  TempDir directory;
+  ClipOptions options = toolClipOptions(30);
+  options.rotation = 270;
+  options.metadata["title"] = "first\x1b[31m\nsecond";
+  const ToolRun run = runTool({"info", makeToolClip(directory, "clip.mp4", options)});
+  EXPECT_EQ(0, run.status) << run.err;
+  EXPECT_NE(std::string::npos, run.out.find("Size:         96 x 64\n")) << run.out;
+  EXPECT_NE(std::string::npos, run.out.find("Frame rate:   25 frames per second\n")) << run.out;
+  EXPECT_NE(std::string::npos, run.out.find("Rotation:     270 degrees clockwise")) << run.out;
+  EXPECT_NE(std::string::npos, run.out.find("Frames:       30\n")) << run.out;
+  EXPECT_NE(std::string::npos, run.out.find("First frame:  0:00.000\n")) << run.out;
+  EXPECT_NE(std::string::npos, run.out.find("Last frame:   0:01.160\n")) << run.out;
+  // Nothing of the file's own text reaches the terminal as a control character.
+  EXPECT_NE(std::string::npos, run.out.find("  title: first?[31m second\n")) << run.out;
+}
+
+TEST(ToolInfoTest, StreamWithoutDurationIsCountedByReading) {
+  TempDir directory;
+  const nlohmann::json info = infoOf(zo::test::makeEndlessClip(directory, toolClipOptions(17)));
+  EXPECT_EQ(17, info["frame_count"]);
+}
+
+TEST(ToolInfoTest, NoIndexFileIsLeftBehind) {
+  TempDir directory;
+  infoOf(makeToolClip(directory, "clip.mp4", toolClipOptions(5)));
+  EXPECT_EQ(std::vector<std::string>{"clip.mp4"}, zo::test::filesIn(directory.path()));
+}
+
+TEST(ToolInfoTest, DamagedClipIsStillDescribed) {
+  TempDir directory;
+  ClipOptions options = toolClipOptions(20);
+  options.b_frames = 0;
+  options.corrupted_packets = {0, 5, 19};
+  const nlohmann::json info = infoOf(makeToolClip(directory, "clip.mp4", options));
+  EXPECT_EQ(20, info["frame_count"]);
+}
+
+TEST(ToolInfoTest, MissingFileIsAnOpenError) {
+  EXPECT_TRUE(
+      failedWith(runTool({"info", "/nowhere/clip.mp4"}), "ZO_STATUS_OPEN_ERROR", 20, "/nowhere/clip.mp4"));
+}
+
+TEST(ToolInfoTest, NameWithLineFeedStaysOnOneLine) {
+  EXPECT_TRUE(failedWith(runTool({"info", "/nowhere/a\nb"}), "ZO_STATUS_OPEN_ERROR", 20, "/nowhere/a b"));
+}
+
+TEST(ToolInfoTest, SoundOnlyIsADecoderError) {
+  TempDir directory;
+  ClipOptions options = toolClipOptions(10);
+  options.video = false;
+  options.audio = true;
+  EXPECT_TRUE(failedWith(runTool({"info", makeToolClip(directory, "sound.mkv", options)}),
+                         "ZO_STATUS_DECODER_ERROR", 27, "Stream not found"));
+}
+
+TEST(ToolInfoTest, SilentServerIsATimeoutWhenOneIsAskedFor) {
+  zo::test::StalledServer server;
+  const std::string url = server.url("http", "clip.ts");
+  EXPECT_TRUE(failedWith(runTool({"info", url, "--timeout", "0.3"}), "ZO_STATUS_TIMEOUT", 13, "timeout"));
+}
+
+TEST(ToolInfoTest, FileNameThatLooksLikeACommandIsAFile) {
+  TempDir directory;
+  makeToolClip(directory, "clip.mkv", toolClipOptions(3));
+  ASSERT_EQ(0, rename(directory.file("clip.mkv").c_str(), directory.file("frames").c_str()));
+  zo::test::RunOptions options;
+  options.directory = directory.path();
+  const ToolRun run = runTool({"info", "frames"}, options);
+  EXPECT_EQ(0, run.status) << run.err;
+}
+
+}  // namespace
