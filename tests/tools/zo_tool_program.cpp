@@ -21,7 +21,7 @@ std::vector<std::string> commandLine(const std::vector<std::string>& arguments) 
   std::vector<std::string> words;
   const std::string emulator = ZO_TOOL_EMULATOR;
   for (std::size_t begin = 0; begin < emulator.size();) {
-    const std::size_t end = std::min(emulator.find(';', begin), emulator.size());
+    const std::size_t end = std::min(emulator.find('|', begin), emulator.size());
     words.push_back(emulator.substr(begin, end - begin));
     begin = end + 1;
   }
