@@ -58,6 +58,15 @@ class InterruptableLoan {
   IInterruptable*& _p_slot;
 };
 
+// The input remembers that a call was cut off and would refuse all further ones, although nothing is wrong
+// with it.
+void forgetInputError(AVIOContext* p_input) {
+  if (p_input != nullptr) {
+    p_input->error = 0;
+    p_input->eof_reached = 0;
+  }
+}
+
 void setOption(DictionaryPtr& p_options, const char* key, const char* value) {
   AVDictionary* p_raw = p_options.release();
   const int result = av_dict_set(&p_raw, key, value, 0);
@@ -368,6 +377,9 @@ VideoReader::Impl::PacketRead VideoReader::Impl::_readVideoPacket() {
     _callback_start_ms = getMonotonicTimeMs();
     PacketContent content(_p_av_packet.get());
     const int result = av_read_frame(_p_format_ctx.get(), _p_av_packet.get());
+    if (_callback_status != CALLBACK_OK) {
+      forgetInputError(_p_format_ctx->pb);
+    }
     if (_checkCallBackStatus() != 0) {
       return PacketRead::INTERRUPTED;
     }
