@@ -4,6 +4,8 @@
 
 #include <limits>
 #include <memory>
+#include <stdexcept>
+#include <string>
 
 #include "zo_test_support.h"
 
@@ -84,6 +86,42 @@ TEST(ReaderRecord, FieldsFollowTheReader) {
   EXPECT_DOUBLE_EQ(25.0, record.fps) << "the rate outlives the stream";
   EXPECT_STREQ("", record.url);
 }
+
+struct ThrowingCallback {
+  const char* name;
+  int (*p_callback)(void*);
+  int status;
+  const char* message;
+};
+
+class ReaderCallback : public testing::TestWithParam<ThrowingCallback> {};
+
+TEST_P(ReaderCallback, ExceptionBecomesAStatus) {
+  const TempDir directory;
+  const std::string path = makeClip(directory.file("clip.mp4"), ClipOptions()).path;
+  ZoVideoReader* p_reader = nullptr;
+  char message[128] = "";
+  EXPECT_EQ(GetParam().status, zoVideoReader_create(GetParam().p_callback, nullptr, path.c_str(),
+                                                    static_cast<unsigned>(path.size()), -1, 0, 0, 0,
+                                                    &p_reader, message, sizeof(message)));
+  EXPECT_STREQ(GetParam().message, message);
+  EXPECT_EQ(nullptr, p_reader);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, ReaderCallback,
+    testing::Values(ThrowingCallback{"Ours",
+                                     [](void*) -> int {
+                                       throw Exception(nullptr, ZO_STATUS_CODEC_ERROR, "f", "src/file", 1,
+                                                       "asked %d times", 7);
+                                     },
+                                     ZO_STATUS_CODEC_ERROR, "asked 7 times"},
+                    ThrowingCallback{"Standard", [](void*) -> int { throw std::runtime_error("no"); },
+                                     ZO_STATUS_STD_EXCEPTION,
+                                     "std::exception(...) occurred in callback function"},
+                    ThrowingCallback{"Unknown", [](void*) -> int { throw 42; }, ZO_STATUS_UNKNOWN_ERROR,
+                                     "Unknown exception occurred in callback function"}),
+    [](const auto& param) { return std::string(param.param.name); });
 
 }  // namespace
 }  // namespace test
