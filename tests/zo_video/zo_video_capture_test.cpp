@@ -346,6 +346,8 @@ TEST_F(Capture, SetPositionStartsTheRateLimitAnew) {
   EXPECT_EQ(thinned(30, 10), remainingTimes(capture));
   capture.setPosition(11);
   EXPECT_EQ(thinned(19, 10, 440), remainingTimes(capture));
+  capture.setPosition(2);
+  EXPECT_EQ(thinned(28, 10, 80), remainingTimes(capture));
 }
 
 TEST_F(Capture, SetPositionBackToTheLastFrameDeliversItAgain) {

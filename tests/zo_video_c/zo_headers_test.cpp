@@ -12,6 +12,7 @@ static_assert(ZO_VIDEO_ROTATION_OTHER == 4, "rotations are reached by their plai
 
 }  // namespace
 
+#include "zo_test_support.h"
 #include "zo_video/zo_video.h"
 
 namespace {
@@ -36,6 +37,27 @@ TEST(PlainHeaders, PlainFunctionsWorkOnFramesOfTheClasses) {
   EXPECT_EQ(7, p_frame->width);
   EXPECT_EQ(frame.planeData(0), p_frame->p_planes[0]);
   EXPECT_EQ(::ZO_STATUS_OK, zoFrame_release(&p_frame));
+}
+
+TEST(PlainHeaders, PlainConversionIsTheBicubicOneOfTheClass) {
+  const zo::Frame source = zo::test::makeNoiseFrame(zo::ZO_FRAME_FORMAT_BGR24, zo::Size(40, 30), 1);
+  ZoVideoConverter* p_converter = nullptr;
+  ZoFrame* p_source = nullptr;
+  ZoFrame* p_destination = nullptr;
+  ASSERT_EQ(::ZO_STATUS_OK, zoVideoConverter_create(&p_converter, nullptr, 0));
+  ASSERT_EQ(::ZO_STATUS_OK, zoFrame_create(&p_source, nullptr, 0));
+  ASSERT_EQ(::ZO_STATUS_OK, zoFrame_create(&p_destination, nullptr, 0));
+  source.copyTo(*static_cast<zo::Frame*>(p_source->p_handle));
+  ASSERT_EQ(::ZO_STATUS_OK, zoVideoConverter_convert(p_converter, p_source, ::ZO_FRAME_FORMAT_RGB24,
+                                                     ZoSize{23, 17}, p_destination, nullptr, 0));
+  zo::VideoConverter converter;
+  zo::Frame expected;
+  converter.convert(source, zo::ZO_FRAME_FORMAT_RGB24, zo::Size(23, 17), expected,
+                    zo::VideoConverter::ZO_SCALE_ALGORITHM_BICUBIC);
+  EXPECT_TRUE(zo::test::samePixels(expected, *static_cast<zo::Frame*>(p_destination->p_handle)));
+  zoFrame_release(&p_destination);
+  zoFrame_release(&p_source);
+  zoVideoConverter_release(&p_converter);
 }
 
 }  // namespace
