@@ -2,56 +2,21 @@
 // of rounds in which both take turns, so that a machine that is busy or slow disturbs both alike.
 #include <turbojpeg.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
-#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "zo_benchmark.h"
 #include "zo_video/zo_video.h"
 
 namespace {
 
-constexpr int ROUNDS = 41;
+using zo::benchmark::compare;
+
 constexpr int QUALITY = 85;
-
-double processorSeconds() {
-  timespec now;
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-  return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
-}
-
-double secondsOf(const std::function<void()>& work) {
-  const double start = processorSeconds();
-  work();
-  return processorSeconds() - start;
-}
-
-double median(std::vector<double> values) {
-  std::nth_element(values.begin(), values.begin() + static_cast<long>(values.size() / 2), values.end());
-  return values[values.size() / 2];
-}
-
-void compare(const char* p_name, const std::function<void()>& ours, const std::function<void()>& bare) {
-  ours();
-  bare();
-  std::vector<double> ours_ms;
-  std::vector<double> bare_ms;
-  std::vector<double> ratios;
-  for (int round = 0; round < ROUNDS; ++round) {
-    const bool first = round % 2 == 0;
-    const double a = secondsOf(first ? ours : bare);
-    const double b = secondsOf(first ? bare : ours);
-    ours_ms.push_back(1000 * (first ? a : b));
-    bare_ms.push_back(1000 * (first ? b : a));
-    ratios.push_back(ours_ms.back() / bare_ms.back());
-  }
-  std::printf("%-40s %8.3f %8.3f %7.3f\n", p_name, median(ours_ms), median(bare_ms), median(ratios));
-}
 
 void check(int result) {
   if (result != 0) {

@@ -167,49 +167,25 @@ int64_t LineWalk::doubledErrorAt(int32_t along) const {
   return _length - 2 * places * _cross_length + 2 * moves(along) * _length;
 }
 
-bool LineWalk::advance(int64_t& doubled_error) const {
-  doubled_error -= 2 * static_cast<int64_t>(_cross_length);
-  if (doubled_error >= 0) {
-    return false;
-  }
-  doubled_error += 2 * static_cast<int64_t>(_length);
-  return true;
-}
-
 // Move m happens after place p when 2 * p * cross_length first exceeds (2 * m - 1) * length.
-LineWalk::Moves::Moves(const LineWalk& walk, int64_t number)
-    : _walk(walk),
-      _places(walk._cross_length > 0 ? walk._length / walk._cross_length : 0),
-      _remainder(walk._cross_length > 0 ? 2 * static_cast<int64_t>(walk._length % walk._cross_length) : 0),
-      _divisor(2 * static_cast<int64_t>(walk._cross_length)),
-      _number(number) {
-  locate();
+LineWalk::Move LineWalk::move(int64_t number) const {
+  if (number <= 0) {
+    return {number, _from, 0};
+  }
+  if (number > _cross_length) {
+    return {number, static_cast<int64_t>(_to) + 1, 0};
+  }
+  const int64_t divisor = 2 * static_cast<int64_t>(_cross_length);
+  const int64_t dividend = (2 * number - 1) * _length;
+  return {number, _from + dividend / divisor + 1, dividend % divisor};
 }
 
-void LineWalk::Moves::locate() {
-  if (_number <= 0) {
-    _place = _walk._from;
-  } else if (_number > _walk._cross_length) {
-    _place = static_cast<int64_t>(_walk._to) + 1;
-  } else {
-    const int64_t dividend = (2 * _number - 1) * _walk._length;
-    _place = _walk._from + dividend / _divisor + 1;
-    _fraction = dividend % _divisor;
+LineWalk::Pace LineWalk::pace() const {
+  if (_cross_length == 0) {
+    return {0, 0, 0, 0};
   }
-}
-
-void LineWalk::Moves::next() {
-  ++_number;
-  if (_number <= 1 || _number > _walk._cross_length) {
-    locate();
-    return;
-  }
-  _place += _places;
-  _fraction += _remainder;
-  if (_fraction >= _divisor) {
-    _fraction -= _divisor;
-    ++_place;
-  }
+  return {_length / _cross_length, 2 * static_cast<int64_t>(_length % _cross_length),
+          2 * static_cast<int64_t>(_cross_length), _cross_length};
 }
 
 }  // namespace zo

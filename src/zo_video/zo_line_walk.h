@@ -38,6 +38,11 @@ class LineWalk {
   /// Pixels across at a place are plainCrossStart() up to plainCrossStart() + thickness() - 1.
   int64_t plainCrossStart(int32_t along) const;
 
+  /// Whether a row of the image meets at least so many of the pixels across a shallow line.
+  bool meetsInARow(uint32_t pixels) const {
+    return static_cast<int64_t>(_length) * _thickness >= static_cast<int64_t>(_cross_length) * pixels;
+  }
+
   /// Moves across after which the pixels across begin at the given coordinate.
   int64_t movesToReach(int64_t cross_start) const;
 
@@ -45,29 +50,48 @@ class LineWalk {
   /// place to place.
   int64_t doubledErrorAt(int32_t along) const;
   /// Goes to the next place; true when the line moves across on the way.
-  bool advance(int64_t& doubled_error) const;
+  bool advance(int64_t& doubled_error) const {
+    doubled_error -= 2 * static_cast<int64_t>(_cross_length);
+    if (doubled_error >= 0) {
+      return false;
+    }
+    doubled_error += 2 * static_cast<int64_t>(_length);
+    return true;
+  }
 
-  /// Goes through the moves across of a plain walk and tells where along the line they happen.
-  class Moves {
-   public:
-    /// @param number  Counted from the line's own beginning; it may be negative or larger than all moves.
-    Moves(const LineWalk& walk, int64_t number);
-    void next();
-    /// First place after the move: the line's beginning for a move before the first one, and one behind its
-    /// end for a move after the last one.
-    int64_t place() const { return _place; }
-
-   private:
-    void locate();
-
-    const LineWalk& _walk;
-    const int64_t _places;     // from one move to the next,
-    const int64_t _remainder;  // and what is left of the division, in 1 / _divisor
-    const int64_t _divisor;
-    int64_t _number;
-    int64_t _place = 0;
-    int64_t _fraction = 0;
+  /// A move across, counted from the line's own beginning. The number may be negative or larger than that of
+  /// the last move: the place is the line's beginning then, or one behind its end.
+  struct Move {
+    int64_t number;
+    int64_t place;     ///< the first one after the move; it may be anywhere before, in or behind the image
+    int64_t fraction;  ///< how far behind the move the place is, in 1 / Pace::divisor
   };
+  Move move(int64_t number) const;
+
+  /// From one move to the next: whole places and what is left of the division.
+  struct Pace {
+    int64_t places;
+    int64_t remainder;
+    int64_t divisor;
+    int64_t moves;
+  };
+  Pace pace() const;
+
+  /// Goes to the next move. The pace is the caller's copy, so that painting does not make the compiler read
+  /// it anew.
+  void next(Move& at, const Pace& pace) const {
+    if (at.number < 1 || at.number >= pace.moves) {
+      at = move(at.number + 1);
+      return;
+    }
+    ++at.number;
+    at.place += pace.places;
+    at.fraction += pace.remainder;
+    if (at.fraction >= pace.divisor) {
+      at.fraction -= pace.divisor;
+      ++at.place;
+    }
+  }
 
  private:
   int64_t moves(int32_t along) const;
