@@ -33,6 +33,14 @@ if(ZO_SANITIZE)
   add_link_options(${zo_sanitize_flags})
 endif()
 
+# The fuzzing engine is told which branches an input takes, in the libraries as well.
+if(ZO_BUILD_FUZZERS)
+  if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    message(FATAL_ERROR "ZO_BUILD_FUZZERS needs Clang")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 # Hardening of optimised builds: checked stack frames and buffer functions, and tables that are read-only once
 # the program has started. Sanitizer builds have their own checks.
 option(ZO_HARDENING "Compile and link optimised builds with the usual hardening" ON)

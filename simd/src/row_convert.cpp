@@ -7,9 +7,6 @@ namespace Detail {
 namespace {
 
 // Where the channels of a pixel are.
-struct Gray {
-  static constexpr size_t SIZE = 1;
-};
 struct Bgr {
   static constexpr size_t SIZE = 3, R = 2, G = 1, B = 0;
 };

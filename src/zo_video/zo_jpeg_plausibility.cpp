@@ -9,9 +9,8 @@ namespace {
 // Smaller pictures do no harm when their data turns out to be short.
 constexpr uint64_t LARGE_PICTURE_PIXELS = uint64_t{4096} * 4096;
 
-constexpr unsigned MARKER_SOF0 = 0xC0;  // Huffman-coded frame headers: baseline, ...
-constexpr unsigned MARKER_SOF1 = 0xC1;  // ... extended sequential ...
-constexpr unsigned MARKER_SOF2 = 0xC2;  // ... and progressive
+constexpr unsigned MARKER_SOF0 = 0xC0;  // Huffman-coded frame headers: from baseline ...
+constexpr unsigned MARKER_SOF2 = 0xC2;  // ... to progressive
 constexpr unsigned MARKER_SOF15 = 0xCF;
 constexpr unsigned MARKER_DHT = 0xC4;
 constexpr unsigned MARKER_JPG = 0xC8;
