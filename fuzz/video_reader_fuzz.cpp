@@ -65,6 +65,10 @@ Answers readFile(const std::string& path, Arguments options) {
     const long long target = (switches & 4) != 0 ? where : reader.frameCount() * where / 256;
     const Outcome moved = outcomeOf([&] { reader.moveByIndex(target); });
     answers.outcomes.push_back(moved);
+    if (moved.status == zo::ZO_STATUS_SEEK_ERROR) {
+      answers.interrupted = deadline.hit();
+      return answers;  // move again or reopen, says the contract
+    }
     readSome(reader, frame, deadline, answers);
   } else {
     require(opened.status == zo::ZO_STATUS_OK || reader.format() == zo::ZO_FRAME_FORMAT_UNDEFINED,
