@@ -348,6 +348,36 @@ TEST(JpegDecoder, RefusesASmallFileThatClaimsAnEnormousPictureWithoutMakingRoomF
   }
 }
 
+struct LargeCase {
+  const char* name;
+  bool progressive;
+  bool arithmetic;
+  bool optimised;
+};
+
+// A flat picture is the least data that a picture of its size can have.
+class JpegDecoderLargePicture : public testing::TestWithParam<LargeCase> {};
+
+TEST_P(JpegDecoderLargePicture, IsDecodedHoweverLittleDataItHas) {
+  LibjpegOptions options;
+  options.progressive = GetParam().progressive;
+  options.arithmetic = GetParam().arithmetic;
+  options.optimised = GetParam().optimised;
+  options.flat = true;
+  for (int colour_space : {1, 3}) {
+    options.colour_space = colour_space;
+    const Size size(4200, 4100);
+    EXPECT_EQ(size, decode(libjpegEncode(size, options)).size());
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, JpegDecoderLargePicture,
+                         testing::Values(LargeCase{"Sequential", false, false, false},
+                                         LargeCase{"Optimised", false, false, true},
+                                         LargeCase{"Progressive", true, false, true},
+                                         LargeCase{"Arithmetic", false, true, false}),
+                         CaseName());
+
 TEST(JpegDecoder, GoesOnAfterAnyFailure) {
   JpegDecoder decoder;
   Frame frame;

@@ -197,6 +197,7 @@ Bytes libjpegEncode(Size size, const LibjpegOptions& options) {
   }
   jpeg_set_quality(&codec, options.quality, TRUE);
   codec.arith_code = options.arithmetic ? TRUE : FALSE;
+  codec.optimize_coding = options.optimised ? TRUE : FALSE;
   if (options.progressive) {
     jpeg_simple_progression(&codec);
   }
@@ -206,8 +207,8 @@ Bytes libjpegEncode(Size size, const LibjpegOptions& options) {
   for (int y = 0; y < size.height; ++y) {
     for (std::size_t x = 0; x < static_cast<std::size_t>(size.width); ++x) {
       for (std::size_t c = 0; c < samples; ++c) {
-        row[x * samples + c] =
-            static_cast<unsigned char>(40 + 50 * c + 3 * x % 50 + static_cast<unsigned>(y) % 30);
+        const std::size_t slope = options.flat ? 0 : 3 * x % 50 + static_cast<unsigned>(y) % 30;
+        row[x * samples + c] = static_cast<unsigned char>(40 + 50 * c + slope);
       }
     }
     unsigned char* rows[1] = {row.data()};

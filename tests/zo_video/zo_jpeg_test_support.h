@@ -60,6 +60,8 @@ struct LibjpegOptions {
   int vertical = 2;
   bool progressive = false;
   bool arithmetic = false;
+  bool optimised = false;  ///< codes made for the picture
+  bool flat = false;       ///< one colour all over
   int quality = 90;
 };
 Bytes libjpegEncode(Size size, const LibjpegOptions& options);
