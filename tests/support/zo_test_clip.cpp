@@ -140,6 +140,15 @@ Clip makeClip(const std::string& path, const ClipOptions& options) {
   clip.path = path;
   clip.frames = options.video ? options.frames : 0;
 
+  const bool has_audio = options.audio || !options.video;
+  EncodedStream audio;
+  AVStream* p_audio_stream = nullptr;
+  if (has_audio) {
+    audio = encodeTone(toneCodecFor(path), lengthInSeconds(options), output.wantsGlobalHeader());
+  }
+  if (has_audio && options.audio_first) {
+    p_audio_stream = output.addStream(audio);
+  }
   std::vector<QueuedPacket> queue;
   AVStream* p_video_stream = nullptr;
   EncodedStream video;
@@ -154,10 +163,11 @@ Clip makeClip(const std::string& path, const ClipOptions& options) {
     }
     queueVideo(options, video, p_video_stream->index, queue);
   }
-  EncodedStream audio;
-  if (options.audio || !options.video) {
-    audio = encodeTone(toneCodecFor(path), lengthInSeconds(options), output.wantsGlobalHeader());
-    mergeAudio(audio, output.addStream(audio)->index, queue);
+  if (has_audio) {
+    if (p_audio_stream == nullptr) {
+      p_audio_stream = output.addStream(audio);
+    }
+    mergeAudio(audio, p_audio_stream->index, queue);
   }
 
   for (const auto& entry : options.metadata) {

@@ -36,6 +36,7 @@ struct ClipOptions {
   std::function<int64_t(int)> pts;  ///< timestamp of picture i, for a variable rate; by default i
   std::optional<double> rotation;   ///< display matrix: degrees to turn clockwise
   bool audio = false;               ///< a second stream with sound of the same length, placed after video
+  bool audio_first = false;         ///< the sound becomes stream 0 and the pictures stream 1
   bool video = true;                ///< false gives sound only
   std::map<std::string, std::string> metadata;
   std::map<std::string, std::string> encoder_options;

@@ -84,6 +84,11 @@ ReferenceStream decodeReference(const std::string& path, bool keep_pixels) {
   checkFfmpeg(avcodec_open2(p_codec.get(), p_decoder, nullptr), "avcodec_open2");
 
   ReferenceStream stream;
+  stream.index = index;
+  if (p_stream->codecpar->extradata_size > 0) {
+    stream.set_up.assign(reinterpret_cast<const char*>(p_stream->codecpar->extradata),
+                         static_cast<std::size_t>(p_stream->codecpar->extradata_size));
+  }
   stream.time_base = p_stream->time_base;
   stream.average_frame_rate = p_stream->avg_frame_rate;
   stream.start_time = p_stream->start_time;
@@ -103,6 +108,24 @@ ReferenceStream decodeReference(const std::string& path, bool keep_pixels) {
   }
   decode(p_codec.get(), nullptr, p_frame.get(), keep_pixels, stream);
   return stream;
+}
+
+std::string errorText(int code) {
+  char text[64] = {};
+  av_strerror(code, text, sizeof(text));
+  return text;
+}
+
+std::string openErrorText(const std::string& url) {
+  const QuietLog quiet;
+  registerFormatsAndCodecs();
+  AVFormatContext* p_raw_format = nullptr;
+  const int result = avformat_open_input(&p_raw_format, url.c_str(), nullptr, nullptr);
+  if (result >= 0) {
+    avformat_close_input(&p_raw_format);
+    throw std::runtime_error(url + " can be opened");
+  }
+  return errorText(result);
 }
 
 long long timestampToMs(int64_t timestamp, AVRational time_base) {

@@ -36,6 +36,8 @@ struct ReferencePacket {
 
 /// What a straight decode of the best video stream with one thread yields.
 struct ReferenceStream {
+  int index = -1;      ///< of the stream in the file
+  std::string set_up;  ///< the decoder's set-up data (its "extradata")
   AVRational time_base{0, 1};
   AVRational average_frame_rate{0, 0};
   int64_t start_time = 0;
@@ -51,6 +53,12 @@ struct ReferenceStream {
 /// std::runtime_error when the file cannot be opened.
 /// @param keep_pixels  False leaves the planes of all pictures empty.
 ReferenceStream decodeReference(const std::string& path, bool keep_pixels = true);
+
+/// FFmpeg's own text for failing to open this. Throws std::runtime_error when it can be opened.
+std::string openErrorText(const std::string& url);
+
+/// FFmpeg's text for an error code, cut to the 63 characters that the reader's messages have room for.
+std::string errorText(int code);
 
 /// Milliseconds of a timestamp by the rule of the reader: truncated towards zero.
 long long timestampToMs(int64_t timestamp, AVRational time_base);
