@@ -238,7 +238,7 @@ struct RandomText {
 TEST(TextDrawing, GivesThePixelsOfAFreshFontForRandomTexts) {
   std::mt19937 random(5);
   TextRule rule;
-  for (int call = 0; call < 6000 && !HasFailure(); ++call) {
+  for (int call = 0; call < 3000 && !HasFailure(); ++call) {
     const RandomText text(random);
     GuardedCanvas expected(text.size);
     for (int y = 0; y < text.size.height; ++y) {
