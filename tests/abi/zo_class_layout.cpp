@@ -15,6 +15,7 @@ static_assert(sizeof(zo::VideoReader) == POINTER, "");
 static_assert(sizeof(zo::VideoConverter) == POINTER, "");
 static_assert(sizeof(zo::JpegEncoder) == POINTER, "");
 static_assert(sizeof(zo::JpegDecoder) == POINTER, "");
+static_assert(sizeof(zo::FrameDeleter) == POINTER, "");
 static_assert(sizeof(zo::ICapture) == POINTER, "");
 static_assert(sizeof(zo::VideoCapture) == 2 * POINTER, "");
 static_assert(sizeof(zo::IInterruptable) == POINTER, "");

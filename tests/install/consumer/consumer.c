@@ -11,6 +11,8 @@ static int fail(const char* what, const char* message) {
 
 int main(void) {
   char message[256] = "";
+  const char url[] = "/no/such/clip.mp4";
+  ZoVideoReader* p_reader = NULL;
   ZoFrame* p_frame = NULL;
   ZoSize size;
   size.width = 64;
@@ -31,6 +33,11 @@ int main(void) {
   }
   if (zoFrame_create(NULL, message, sizeof message) != ZO_STATUS_NULL_POINTER || message[0] == '\0') {
     return fail("zoFrame_create(NULL)", "no error reported");
+  }
+  if (zoVideoReader_create(NULL, NULL, url, sizeof url - 1, -1, 1, 0, 0, &p_reader, message,
+                           sizeof message) != ZO_STATUS_OPEN_ERROR ||
+      p_reader != NULL) {
+    return fail("zoVideoReader_create", "a clip that does not exist was not refused");
   }
   puts("consumer_c: ok");
   return 0;

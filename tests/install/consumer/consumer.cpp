@@ -44,6 +44,22 @@ int main() {
   if (!caught) {
     return fail("the library's exception was not caught as a zo::Exception");
   }
+
+  zo::VideoReader reader;
+  zo::Status status = zo::ZO_STATUS_OK;
+  try {
+    reader.open("/no/such/clip.mp4", -1, nullptr, true, false, false);
+  } catch (const zo::Exception& error) {
+    status = error.status();
+  }
+  if (status != zo::ZO_STATUS_OPEN_ERROR) {
+    return fail("a clip that does not exist was not refused");
+  }
+
+  const auto p_jpeg = zo::encodeJpeg(gray, 90);
+  if (p_jpeg == nullptr || zo::decodeJpeg(p_jpeg->data(), p_jpeg->size())->size() != zo::Size(64, 48)) {
+    return fail("the frame did not come back from JPEG");
+  }
   std::puts("consumer_cpp: ok");
   return 0;
 }
