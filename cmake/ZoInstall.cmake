@@ -50,6 +50,13 @@ foreach(library zo_core zo_video)
   install(FILES "${PROJECT_BINARY_DIR}/${library}.pc" DESTINATION "${zo_pkgconfig_dir}" COMPONENT development)
 endforeach()
 
+# The Python package, where Debian's Python looks for packages; elsewhere pip does this.
+option(ZO_INSTALL_PYTHON "Install the Python package zo_video into lib/python3/dist-packages" OFF)
+if(ZO_INSTALL_PYTHON)
+  install(DIRECTORY "${PROJECT_SOURCE_DIR}/bindings/python/zo_video"
+    DESTINATION lib/python3/dist-packages COMPONENT python PATTERN __pycache__ EXCLUDE)
+endif()
+
 # The command line tool finds the libraries beside it, wherever the tree lies.
 if(TARGET zo-video)
   file(RELATIVE_PATH zo_libs_from_bin "/prefix/${CMAKE_INSTALL_BINDIR}" "/prefix/${CMAKE_INSTALL_LIBDIR}")

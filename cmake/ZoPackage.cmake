@@ -1,4 +1,4 @@
-# Debian packages by CPack: the libraries, what developers need, and the tool. scripts/package makes them.
+# Debian packages by CPack: the libraries, what developers need, the tool, and the Python package. scripts/package makes them.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME zo-video)
 set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
@@ -8,6 +8,9 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL runtime development)
 if(TARGET zo-video)
   list(APPEND CPACK_COMPONENTS_ALL tool)
+endif()
+if(ZO_INSTALL_PYTHON)
+  list(APPEND CPACK_COMPONENTS_ALL python)
 endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -33,6 +36,15 @@ set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION video)
 set(CPACK_COMPONENT_TOOL_DESCRIPTION
   "Command line tool: zo-video tells what is in a video file, extracts frames by number, makes contact sheets, and
 checks that reading in order and jumping give the same pictures.")
+
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-zo-video)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${zo_runtime_package} (= ${PROJECT_VERSION}), python3 (>= 3.8)")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS python3-numpy)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/bindings/python/debian/prerm")
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION
+  "Python package: zo_video reads video files and streams picture by picture or at any frame number. Pictures are numpy
+arrays without copying where numpy is installed.")
 
 # What the programs need of the system: found by the package tools, or given where they cannot look, which is
 # when building for another architecture.

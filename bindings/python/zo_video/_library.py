@@ -8,6 +8,7 @@ import threading
 from typing import TYPE_CHECKING, Any, Optional
 
 from ._errors import error_for
+from ._version import VERSION
 
 MESSAGE_SIZE = 4096
 
@@ -118,7 +119,8 @@ def _candidates():
         return [named]
     beside = os.path.join(os.path.dirname(os.path.abspath(__file__)), "libzo_video.so")
     found = ctypes.util.find_library("zo_video")
-    return [path for path in (beside if os.path.exists(beside) else None, found) if path] + ["libzo_video.so"]
+    own = "libzo_video.so." + VERSION.split(".")[0]  # the binary interface that this package was made for
+    return [path for path in (beside if os.path.exists(beside) else None, own, found) if path] + ["libzo_video.so"]
 
 
 def library() -> Library:
