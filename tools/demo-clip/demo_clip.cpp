@@ -16,7 +16,9 @@ bool writePlane(const zo::Frame& frame, unsigned plane) {
   const unsigned char* p_row = frame.planeData(plane);
   for (unsigned row = 0; row < frame.planeRows(plane); ++row, p_row += frame.planeStride(plane)) {
     const std::size_t bytes = frame.planeRowBytes(plane);
-    if (std::fwrite(p_row, 1, bytes, stdout) != bytes) return false;
+    if (std::fwrite(p_row, 1, bytes, stdout) != bytes) {
+      return false;
+    }
   }
   return true;
 }
@@ -32,8 +34,11 @@ bool writeClip() {
     converter.convert(picture, zo::ZO_FRAME_FORMAT_YUV420_PLANAR_I420, picture.size(), yuv,
                       zo::VideoConverter::ZO_SCALE_ALGORITHM_BICUBIC);
     std::fputs("FRAME\n", stdout);
-    for (unsigned plane = 0; plane < yuv.planeCount(); ++plane)
-      if (!writePlane(yuv, plane)) return false;
+    for (unsigned plane = 0; plane < yuv.planeCount(); ++plane) {
+      if (!writePlane(yuv, plane)) {
+        return false;
+      }
+    }
   }
   return std::fflush(stdout) == 0;
 }
@@ -42,7 +47,9 @@ bool writeClip() {
 
 int main() {
   try {
-    if (writeClip()) return 0;
+    if (writeClip()) {
+      return 0;
+    }
     std::fputs("demo-clip: cannot write\n", stderr);
   } catch (const std::exception& e) {
     std::fprintf(stderr, "demo-clip: %s\n", e.what());

@@ -55,12 +55,18 @@ class Scene {
         _boat_y(SEA + 0.1 + 0.006 * std::sin(time * 60)) {}
 
   Rgb at(double x, double y) const {
-    if (y > SEA) return boatOr(x, y, sea(x, y));
+    if (y > SEA) {
+      return boatOr(x, y, sea(x, y));
+    }
     Rgb colour = sky(x, y);
     const double far = SEA - 0.09 - 0.05 * std::sin(x * 2.1 + 0.6) - 0.025 * std::sin(x * 5.3);
     const double near = SEA - 0.02 - 0.045 * std::sin(x * 1.3 + 2.6) - 0.018 * std::sin(x * 7.1 + 1);
-    if (y > far) colour = mix(along(HORIZON, _time), Rgb{44, 62, 92} * light(), 0.62);
-    if (y > near) colour = mix(along(HORIZON, _time), Rgb{26, 44, 40} * light(), 0.84);
+    if (y > far) {
+      colour = mix(along(HORIZON, _time), Rgb{44, 62, 92} * light(), 0.62);
+    }
+    if (y > near) {
+      colour = mix(along(HORIZON, _time), Rgb{26, 44, 40} * light(), 0.84);
+    }
     return boatOr(x, y, colour);
   }
 
@@ -85,7 +91,9 @@ class Scene {
   static double star(double x, double y) {
     const int column = static_cast<int>(std::floor(x * 24));
     const int row = static_cast<int>(std::floor(y * 24));
-    if (scatter(column, row) < 0.82) return 0;
+    if (scatter(column, row) < 0.82) {
+      return 0;
+    }
     const double dx = x * 24 - column - 0.2 - 0.6 * scatter(column + 7, row);
     const double dy = y * 24 - row - 0.2 - 0.6 * scatter(column, row + 7);
     return (0.35 + 0.65 * scatter(row, column)) * (1 - smooth(0.03, 0.07, std::hypot(dx, dy)));
@@ -108,16 +116,22 @@ class Scene {
   Rgb boatOr(double x, double y, const Rgb& behind) const {
     const double u = x - _boat_x - 0.03 * (y - _boat_y) * std::sin(_time * 45);
     const double v = y - _boat_y;
-    if (v > 0 && v < 0.036 && std::abs(u) < 0.105 - v * 1.1)
+    if (v > 0 && v < 0.036 && std::abs(u) < 0.105 - v * 1.1) {
       return Rgb{120, 46, 34} * (0.35 + 0.65 * light());
-    if (v <= 0 && v > -0.27 && std::abs(u) < 0.0035) return Rgb{70, 52, 40} * light();
+    }
+    if (v <= 0 && v > -0.27 && std::abs(u) < 0.0035) {
+      return Rgb{70, 52, 40} * light();
+    }
     const double lantern = std::hypot(u + 0.085, v + 0.015);
     const Rgb lit = mix(behind, Rgb{255, 214, 120}, smooth(0.5, 0.8, _time) * std::exp(-lantern * 60));
     if (v > -0.255 && v < -0.02) {
       const double share = (v + 0.255) / 0.235;
-      if (u > 0.007 && u < 0.007 + 0.095 * share) return Rgb{246, 242, 232} * (0.3 + 0.7 * light());
-      if (u < -0.007 && u > -0.007 - 0.07 * share * smooth(-0.1, 0.35, share))
+      if (u > 0.007 && u < 0.007 + 0.095 * share) {
+        return Rgb{246, 242, 232} * (0.3 + 0.7 * light());
+      }
+      if (u < -0.007 && u > -0.007 - 0.07 * share * smooth(-0.1, 0.35, share)) {
         return Rgb{214, 208, 200} * (0.3 + 0.7 * light());
+      }
     }
     return lit;
   }

@@ -16,16 +16,20 @@ constexpr int MARGIN = 12;
 constexpr int NUMBER_COLUMN = 60;
 
 void paintPaper(zo::Frame& picture) {
-  for (int y = 0; y < picture.size().height; ++y)
-    for (int x = 0; x < picture.size().width; ++x)
+  for (int y = 0; y < picture.size().height; ++y) {
+    for (int x = 0; x < picture.size().width; ++x) {
       std::memcpy(picture.planeData(0) + static_cast<unsigned>(y) * picture.planeStride(0) +
                       3 * static_cast<unsigned>(x),
                   PAPER, sizeof PAPER);
+    }
+  }
 }
 
 void makeSample(const std::string& path) {
   std::string letters;
-  for (char c = ' '; c < 127; ++c) letters += c;
+  for (char c = ' '; c < 127; ++c) {
+    letters += c;
+  }
   zo::Frame picture;
   picture.reuse(zo::ZO_FRAME_FORMAT_BGR24, zo::Size(900, 360), zo::DeviceContext(), 0);
   paintPaper(picture);

@@ -39,7 +39,9 @@ class Measurement {
     const double seconds = std::max(nowSeconds() - _start, 1e-9);
     const double rate = static_cast<double>(_count) / seconds;
     std::printf("%-34s %9lld %9.2f %11.1f", p_what, _count, seconds, rate);
-    if (size.width > 0) std::printf(" %10.1f", rate * size.width * size.height / 1e6);
+    if (size.width > 0) {
+      std::printf(" %10.1f", rate * size.width * size.height / 1e6);
+    }
     std::printf("\n");
     std::fflush(stdout);
   }
@@ -82,9 +84,12 @@ class BenchCommand : public Command {
     open_time.print("open and index", zo::Size());
     zo::Frame picture;
     decode(source, picture);
-    if (!picture.initialized())
+    if (!picture.initialized()) {
       fail(zo::ZO_STATUS_UNEXPECTED_RESULT, "'%s' gives no picture", _source.url.c_str());
-    if (source.isNumbered()) seek(source);
+    }
+    if (source.isNumbered()) {
+      seek(source);
+    }
     convert(picture);
     encode(picture);
     return 0;
@@ -95,8 +100,12 @@ class BenchCommand : public Command {
     zo::Frame frame;
     Measurement measurement(_seconds);
     while (source.read(frame)) {
-      if (frame.initialized()) std::swap(frame, picture);
-      if (!measurement.again()) break;
+      if (frame.initialized()) {
+        std::swap(frame, picture);
+      }
+      if (!measurement.again()) {
+        break;
+      }
     }
     measurement.print("decode in order", picture.size());
   }

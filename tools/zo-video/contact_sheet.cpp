@@ -23,9 +23,13 @@ constexpr long long LARGEST_SIDE = 65535;
 
 /// Cuts a text so that it is no wider than that, with two dots at the end.
 std::string cutToWidth(const std::string& text, int height, int width) {
-  if (textWidth(text, height) <= width) return text;
+  if (textWidth(text, height) <= width) {
+    return text;
+  }
   std::string cut = text;
-  while (!cut.empty() && textWidth(cut + "..", height) > width) cut.pop_back();
+  while (!cut.empty() && textWidth(cut + "..", height) > width) {
+    cut.pop_back();
+  }
   return cut.empty() ? cut : cut + "..";
 }
 
@@ -34,8 +38,9 @@ std::string cutToWidth(const std::string& text, int height, int width) {
 ContactSheet::ContactSheet(int width, int columns, int count, const zo::Size& shape)
     : _width(width), _columns(columns), _margin(std::min(std::max(width / 80, 4), 32)) {
   const int room = (width - _margin * (columns + 1)) / columns;
-  if (room < 8)
+  if (room < 8) {
     fail(zo::ZO_STATUS_INVALID_ARGUMENT, "%d columns do not fit into a width of %d pixels", columns, width);
+  }
   const long long height = (static_cast<long long>(room) * shape.height + shape.width / 2) / shape.width;
   _cell = zo::Size(room, static_cast<int>(std::min(std::max(height, 1LL), LARGEST_SIDE)));
   // An index of five digits, a gap and a time with minutes have to fit underneath a picture.
@@ -45,9 +50,10 @@ ContactSheet::ContactSheet(int width, int columns, int count, const zo::Size& sh
   const int rows = (count + columns - 1) / columns;
   const long long page_height =
       _heading + _margin + static_cast<long long>(rows) * (_cell.height + 2 * _font + _margin / 2);
-  if (page_height > LARGEST_SIDE)
+  if (page_height > LARGEST_SIDE) {
     fail(zo::ZO_STATUS_INVALID_ARGUMENT, "the sheet would be %lld pixels high, at most %lld are possible",
          page_height, LARGEST_SIDE);
+  }
   _page.reuse(zo::ZO_FRAME_FORMAT_BGR24, zo::Size(width, static_cast<int>(page_height)), zo::DeviceContext(),
               0);
   fill(_page, zo::Rect(0, 0, width, static_cast<int>(page_height)), BACKGROUND);
@@ -89,10 +95,14 @@ void ContactSheet::label(int position, long long index, long long timestamp) {
   const int y = at.y + _cell.height + _font / 4;
   const std::string number = "#" + std::to_string(index);
   write(_page, number, zo::Point(at.x, y), INDEX, _font);
-  if (!isPlausibleTime(timestamp)) return;
+  if (!isPlausibleTime(timestamp)) {
+    return;
+  }
   const std::string time = formatTime(timestamp);
   const int left = at.x + _cell.width - textWidth(time, _font);
-  if (left > at.x + textWidth(number, _font) + _font / 2) write(_page, time, zo::Point(left, y), TIME, _font);
+  if (left > at.x + textWidth(number, _font) + _font / 2) {
+    write(_page, time, zo::Point(left, y), TIME, _font);
+  }
 }
 
 }  // namespace zo_tool

@@ -57,7 +57,9 @@ class ConvertCommand : public Command {
     checkPictureName(_out);
     {
       std::ifstream file(_in);
-      if (!file) fail(zo::ZO_STATUS_OPEN_ERROR, "cannot read '%s': %s", _in.c_str(), std::strerror(errno));
+      if (!file) {
+        fail(zo::ZO_STATUS_OPEN_ERROR, "cannot read '%s': %s", _in.c_str(), std::strerror(errno));
+      }
     }
     const std::shared_ptr<zo::Frame> p_image = load();
     checkStop();
@@ -79,7 +81,9 @@ class ConvertCommand : public Command {
     try {
       return zo::imageLoad(_in);
     } catch (const zo::Exception& e) {
-      if (e.status() != zo::ZO_STATUS_CODEC_ERROR) throw;
+      if (e.status() != zo::ZO_STATUS_CODEC_ERROR) {
+        throw;
+      }
       fail(e.status(), "cannot read '%s': it is damaged, or no JPEG, PNG, PGM or PPM image", _in.c_str());
     }
   }

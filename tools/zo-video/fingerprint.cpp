@@ -28,8 +28,9 @@ Fingerprint::Fingerprint(const zo::Frame& frame)
     : timestamp(frame.timestamp()), format(frame.format()), size(frame.size()) {
   for (unsigned plane = 0; plane < frame.planeCount(); ++plane) {
     const unsigned char* p_row = frame.planeData(plane);
-    for (unsigned row = 0; row < frame.planeRows(plane); ++row, p_row += frame.planeStride(plane))
+    for (unsigned row = 0; row < frame.planeRows(plane); ++row, p_row += frame.planeStride(plane)) {
       pixels = mixBytes(pixels, p_row, frame.planeRowBytes(plane));
+    }
   }
 }
 

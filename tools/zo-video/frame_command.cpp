@@ -45,12 +45,14 @@ class FrameCommand : public Command {
     source.open(Access::NUMBERED);
     source.goTo(_index);
     zo::Frame frame;
-    if (!source.read(frame))
+    if (!source.read(frame)) {
       fail(zo::ZO_STATUS_OUT_OF_RANGE, "there is no frame %lld, the video has %lld", _index,
            source.reader().frameIndex() + 1);
-    if (!frame.initialized())
+    }
+    if (!frame.initialized()) {
       fail(zo::ZO_STATUS_UNEXPECTED_RESULT, "frame %lld has no picture: the decoder could not produce it",
            _index);
+    }
     const zo::VideoRotation rotation = _upright ? source.reader().rotation() : zo::ZO_VIDEO_ROTATION_0;
     const zo::Size size = _size.resolve(uprightSize(frame.size(), rotation));
     PictureMaker maker;

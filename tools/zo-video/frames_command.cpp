@@ -29,10 +29,16 @@ class RateLimit {
   explicit RateLimit(double max_fps) : _max_fps(max_fps) {}
 
   bool letsThrough(long long timestamp) {
-    if (_max_fps <= 0) return true;
-    if (_passed == 0) _first = timestamp;
+    if (_max_fps <= 0) {
+      return true;
+    }
+    if (_passed == 0) {
+      _first = timestamp;
+    }
     const double due = static_cast<double>(_first) + 1000.0 * static_cast<double>(_passed) / _max_fps;
-    if (_passed > 0 && static_cast<double>(timestamp) < std::floor(due)) return false;
+    if (_passed > 0 && static_cast<double>(timestamp) < std::floor(due)) {
+      return false;
+    }
     ++_passed;
     return true;
   }
@@ -45,15 +51,18 @@ class RateLimit {
 
 /// Makes a folder and the folders above it.
 void makeFolder(const std::string& path) {
-  for (std::size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1))
+  for (std::size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1)) {
     mkdir(path.substr(0, slash).c_str(), 0777);
+  }
   mkdir(path.c_str(), 0777);
   struct stat status;
-  if (stat(path.c_str(), &status) != 0)
+  if (stat(path.c_str(), &status) != 0) {
     fail(zo::ZO_STATUS_WRITE_ERROR, "cannot make the folder '%s': %s", path.c_str(), std::strerror(errno));
-  if (!S_ISDIR(status.st_mode))
+  }
+  if (!S_ISDIR(status.st_mode)) {
     fail(zo::ZO_STATUS_WRITE_ERROR, "cannot make the folder '%s': there is a file of that name",
          path.c_str());
+  }
 }
 
 class FramesCommand : public Command {
@@ -98,13 +107,16 @@ class FramesCommand : public Command {
     makeFolder(_folder);
     Source source(_source);
     source.open(isNetworkUrl(_source.url) && _from == 0 ? Access::IN_ORDER : Access::NUMBERED);
-    if (_from > 0) source.goTo(_from);
+    if (_from > 0) {
+      source.goTo(_from);
+    }
     extract(source);
-    if (_written == 0 && _without_picture > 0)
+    if (_written == 0 && _without_picture > 0) {
       fail(zo::ZO_STATUS_UNEXPECTED_RESULT,
            "'%s': none of the %lld frames has a picture (a stream without timestamps has to be put into a "
            "container)",
            _source.url.c_str(), _without_picture);
+    }
     report();
     return 0;
   }
@@ -118,16 +130,19 @@ class FramesCommand : public Command {
     long long done = 0;
     while ((_count == 0 || _written < _count) && source.read(frame)) {
       progress.update(++done);
-      if (!frame.initialized())
+      if (!frame.initialized()) {
         ++_without_picture;
-      else if (limit.letsThrough(frame.timestamp()))
+      } else if (limit.letsThrough(frame.timestamp())) {
         write(frame, source.reader(), maker);
+      }
     }
   }
 
   /// Frames that will be read, 0 when that is not known.
   long long expectedFrames(const Source& source) const {
-    if (!source.isNumbered()) return _max_fps > 0 ? 0 : _count;
+    if (!source.isNumbered()) {
+      return _max_fps > 0 ? 0 : _count;
+    }
     const long long rest = source.frameCount() - _from;
     return _count > 0 && _max_fps <= 0 ? std::min(_count, rest) : rest;
   }
@@ -136,25 +151,31 @@ class FramesCommand : public Command {
     const zo::VideoRotation rotation = _upright ? reader.rotation() : zo::ZO_VIDEO_ROTATION_0;
     const zo::Size size = _size.resolve(uprightSize(frame.size(), rotation));
     zo::Frame& picture = maker.makeUpright(frame, rotation, size);
-    if (_stamp) stamp(picture, reader.frameIndex(), frame.timestamp());
+    if (_stamp) {
+      stamp(picture, reader.frameIndex(), frame.timestamp());
+    }
     char name[64];
     std::snprintf(name, sizeof name, "frame_%06lld.%s", reader.frameIndex(), _extension.c_str());
     savePicture(_folder + "/" + name, picture, _quality);
-    if (_written == 0) _first_name = name;
+    if (_written == 0) {
+      _first_name = name;
+    }
     _last_name = name;
     ++_written;
   }
 
   void report() const {
-    if (_written == 0)
+    if (_written == 0) {
       std::printf("no frame to write\n");
-    else if (_written == 1)
+    } else if (_written == 1) {
       std::printf("1 picture in %s: %s\n", oneLine(_folder).c_str(), _first_name.c_str());
-    else
+    } else {
       std::printf("%lld pictures in %s: %s to %s\n", _written, oneLine(_folder).c_str(), _first_name.c_str(),
                   _last_name.c_str());
-    if (_without_picture > 0)
+    }
+    if (_without_picture > 0) {
       std::printf("%s without a picture left out\n", counted(_without_picture, "frame").c_str());
+    }
   }
 
   SourceOptions _source;

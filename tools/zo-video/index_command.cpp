@@ -25,8 +25,11 @@ struct IndexFile {
   explicit IndexFile(const std::string& path) {
     std::ifstream file(path);
     file.imbue(std::locale::classic());
-    for (uint32_t entry = 0; file >> entry; ++frames)
-      if ((entry & KEY_FRAME_FLAG) != 0) ++key_frames;
+    for (uint32_t entry = 0; file >> entry; ++frames) {
+      if ((entry & KEY_FRAME_FLAG) != 0) {
+        ++key_frames;
+      }
+    }
   }
 };
 
@@ -60,10 +63,11 @@ class IndexCommand : public Command {
     source.requireNumbers();
     const IndexFile file(path);
     const bool saved = file.frames == source.frameCount();
-    if (_json)
+    if (_json) {
       printJson(path, source.frameCount(), file.key_frames, loaded, saved);
-    else
+    } else {
       printText(path, source.frameCount(), file.key_frames, loaded, saved);
+    }
     return 0;
   }
 
@@ -86,11 +90,12 @@ class IndexCommand : public Command {
   static void printText(const std::string& path, long long frames, long long key_frames, bool loaded,
                         bool saved) {
     std::printf("Frames:      %lld\n", frames);
-    if (saved)
+    if (saved) {
       std::printf("Key frames:  %lld\nIndex file:  %s (%s)\n", key_frames, oneLine(path).c_str(),
                   loaded ? "loaded" : "built");
-    else
+    } else {
       std::printf("Key frames:  not known\nIndex file:  %s cannot be written\n", oneLine(path).c_str());
+    }
   }
 
   SourceOptions _source;

@@ -113,10 +113,11 @@ class InfoCommand : public Command {
 
   int run() override {
     const Info info = collect();
-    if (_json)
+    if (_json) {
       printJson(info);
-    else
+    } else {
       printText(info);
+    }
     return 0;
   }
 
@@ -133,7 +134,9 @@ class InfoCommand : public Command {
     info.rotation = reader.rotation();
     for (const char* p_key : METADATA_KEYS) {
       const char* p_value = reader.getMetadataValue(p_key);
-      if (p_value != nullptr) info.metadata.emplace_back(p_key, p_value);
+      if (p_value != nullptr) {
+        info.metadata.emplace_back(p_key, p_value);
+      }
     }
     addTimes(source, info);
     return info;
@@ -149,7 +152,9 @@ class InfoCommand : public Command {
     info.first_ms = frame.timestamp();
     if (source.isNumbered()) {
       info.frame_count = source.frameCount();
-      if (info.frame_count > 1) goToLast(source, frame, info);
+      if (info.frame_count > 1) {
+        goToLast(source, frame, info);
+      }
     } else if (isNetworkUrl(_source.url)) {
       return;
     } else {
@@ -168,7 +173,9 @@ class InfoCommand : public Command {
         checkStop();
         const bool damaged =
             e.status() == zo::ZO_STATUS_READ_ERROR || e.status() == zo::ZO_STATUS_DECODER_ERROR;
-        if (!damaged || errors == ERRORS_IN_A_ROW) throw;
+        if (!damaged || errors == ERRORS_IN_A_ROW) {
+          throw;
+        }
         info.is_damaged = true;
       }
     }
@@ -179,18 +186,23 @@ class InfoCommand : public Command {
       source.goTo(info.frame_count - 1);
     } catch (const zo::Exception& e) {
       checkStop();
-      if (e.status() != zo::ZO_STATUS_READ_ERROR && e.status() != zo::ZO_STATUS_DECODER_ERROR) throw;
+      if (e.status() != zo::ZO_STATUS_READ_ERROR && e.status() != zo::ZO_STATUS_DECODER_ERROR) {
+        throw;
+      }
       info.is_damaged = true;
     }
-    while (source.reader().frameIndex() < info.frame_count - 1 && readPastDamage(source, frame, info))
+    while (source.reader().frameIndex() < info.frame_count - 1 && readPastDamage(source, frame, info)) {
       continue;
+    }
   }
 
   /// Reads to the end, the first frame being read already.
   static long long countFrames(Source& source, zo::Frame& frame, Info& info) {
     Progress progress("frames", 0);
     long long count = 1;
-    while (readPastDamage(source, frame, info)) progress.update(++count);
+    while (readPastDamage(source, frame, info)) {
+      progress.update(++count);
+    }
     return count;
   }
 
@@ -202,15 +214,25 @@ class InfoCommand : public Command {
     json["format"] = zo::toString(info.format);
     json["fps"] = info.fps;
     json["rotation"] = nullptr;
-    if (degrees(info.rotation) >= 0) json["rotation"] = degrees(info.rotation);
+    if (degrees(info.rotation) >= 0) {
+      json["rotation"] = degrees(info.rotation);
+    }
     json["frame_count"] = nullptr;
-    if (info.frame_count >= 0) json["frame_count"] = info.frame_count;
+    if (info.frame_count >= 0) {
+      json["frame_count"] = info.frame_count;
+    }
     json["first_timestamp_ms"] = nullptr;
-    if (info.has_first) json["first_timestamp_ms"] = info.first_ms;
+    if (info.has_first) {
+      json["first_timestamp_ms"] = info.first_ms;
+    }
     json["last_timestamp_ms"] = nullptr;
-    if (info.has_last) json["last_timestamp_ms"] = info.last_ms;
+    if (info.has_last) {
+      json["last_timestamp_ms"] = info.last_ms;
+    }
     json["metadata"] = nlohmann::ordered_json::object();
-    for (const auto& entry : info.metadata) json["metadata"][entry.first] = entry.second;
+    for (const auto& entry : info.metadata) {
+      json["metadata"][entry.first] = entry.second;
+    }
     std::puts(json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace).c_str());
   }
 
@@ -218,27 +240,35 @@ class InfoCommand : public Command {
     std::printf("File:         %s\n", oneLine(info.url).c_str());
     std::printf("Size:         %d x %d\n", info.size.width, info.size.height);
     std::printf("Format:       %s\n", zo::toString(info.format));
-    if (info.fps > 0)
+    if (info.fps > 0) {
       std::printf("Frame rate:   %.6g frames per second\n", info.fps);
-    else
+    } else {
       std::printf("Frame rate:   not known\n");
-    if (degrees(info.rotation) < 0)
+    }
+    if (degrees(info.rotation) < 0) {
       std::printf("Rotation:     no multiple of 90 degrees\n");
-    else if (degrees(info.rotation) == 0)
+    } else if (degrees(info.rotation) == 0) {
       std::printf("Rotation:     none\n");
-    else
+    } else {
       std::printf("Rotation:     %d degrees clockwise make it stand upright\n", degrees(info.rotation));
-    if (info.frame_count >= 0)
+    }
+    if (info.frame_count >= 0) {
       std::printf("Frames:       %lld\n", info.frame_count);
-    else
+    } else {
       std::printf("Frames:       not known\n");
+    }
     std::printf("First frame:  %s\n", formatTimeOrUnknown(info.has_first, info.first_ms).c_str());
     std::printf("Last frame:   %s\n", formatTimeOrUnknown(info.has_last, info.last_ms).c_str());
-    if (info.is_damaged) std::printf("Damaged:      yes, not everything can be decoded\n");
-    if (info.metadata.empty()) return;
+    if (info.is_damaged) {
+      std::printf("Damaged:      yes, not everything can be decoded\n");
+    }
+    if (info.metadata.empty()) {
+      return;
+    }
     std::printf("Metadata:\n");
-    for (const auto& entry : info.metadata)
+    for (const auto& entry : info.metadata) {
       std::printf("  %s: %s\n", entry.first.c_str(), oneLine(entry.second).c_str());
+    }
   }
 
   SourceOptions _source;

@@ -31,8 +31,9 @@ void printHelp(const std::vector<std::unique_ptr<Command>>& commands, std::FILE*
       "\n"
       "Commands:\n",
       p_to);
-  for (const auto& p_command : commands)
+  for (const auto& p_command : commands) {
     std::fprintf(p_to, "  %-9s %s\n", p_command->name(), p_command->summary());
+  }
   std::fputs(
       "\n"
       "'zo-video COMMAND --help' explains each, with examples.\n"
@@ -63,15 +64,21 @@ int failure(zo::Status status, const char* p_message) {
 
 /// The first word that looks like an option but is none, or an empty text.
 std::string unknownOption(const CLI::App& app) {
-  for (const std::string& word : app.remaining())
-    if (word.size() > 1 && word[0] == '-' && word != "--") return word;
+  for (const std::string& word : app.remaining()) {
+    if (word.size() > 1 && word[0] == '-' && word != "--") {
+      return word;
+    }
+  }
   return std::string();
 }
 
 std::vector<std::string> optionNames(const CLI::App& app) {
   std::vector<std::string> names;
-  for (const CLI::Option* p_option : app.get_options())
-    for (const std::string& name : p_option->get_lnames()) names.push_back("--" + name);
+  for (const CLI::Option* p_option : app.get_options()) {
+    for (const std::string& name : p_option->get_lnames()) {
+      names.push_back("--" + name);
+    }
+  }
   return names;
 }
 
@@ -89,7 +96,9 @@ std::string parseMessage(const CLI::App& app, const CLI::ParseError& error) {
   }
   const std::vector<std::string> extra = app.remaining();
   const bool too_many = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
-  if (too_many && !extra.empty()) return "unexpected argument '" + extra.front() + "'";
+  if (too_many && !extra.empty()) {
+    return "unexpected argument '" + extra.front() + "'";
+  }
   return error.what();
 }
 
@@ -109,7 +118,9 @@ int parse(CLI::App& app, const std::vector<std::string>& words) {
 /// Full disks and closed pipes show when the last of the output is written.
 int flushOutput(int status) {
   errno = 0;
-  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) {
+    return status;
+  }
   const std::string reason = errno != 0 ? std::strerror(errno) : "write failed";
   return failure(zo::ZO_STATUS_WRITE_ERROR, ("cannot write to standard output: " + reason).c_str());
 }
@@ -121,7 +132,9 @@ int runCommand(Command& command, const std::vector<std::string>& words) {
   app.get_formatter()->label("Positionals", "Arguments");
   command.declare(app);
   const int parsed = parse(app, words);
-  if (parsed >= 0) return flushOutput(parsed);
+  if (parsed >= 0) {
+    return flushOutput(parsed);
+  }
   try {
     return flushOutput(command.run());
   } catch (const Stopped&) {
@@ -130,7 +143,9 @@ int runCommand(Command& command, const std::vector<std::string>& words) {
   } catch (const UsageError& e) {
     return usageError(e.what(), full_name);
   } catch (const zo::Exception& e) {
-    if (stopSignal() != 0) return EXIT_SIGNAL + stopSignal();
+    if (stopSignal() != 0) {
+      return EXIT_SIGNAL + stopSignal();
+    }
     std::fflush(stdout);
     return failure(e.status(), e.what());
   } catch (const std::bad_alloc&) {
@@ -164,9 +179,10 @@ int runTool(const std::vector<std::string>& words) {
     }
     names.emplace_back(p_command->name());
   }
-  if (name[0] == '-')
+  if (name[0] == '-') {
     return usageError("unknown option '" + name + "'" + suggestion(name, {"--help", "--version"}),
                       "zo-video");
+  }
   return usageError("unknown command '" + name + "'" + suggestion(name, names), "zo-video");
 }
 

@@ -18,15 +18,21 @@ constexpr long long LARGEST_SIDE = 65535;
 
 /// Reads a side of a size: 0 for an empty text, -1 for anything but 1 to 65535.
 long long readSide(const std::string& digits) {
-  if (digits.empty()) return 0;
-  if (digits.size() > 5 || digits.find_first_not_of("0123456789") != std::string::npos) return -1;
+  if (digits.empty()) {
+    return 0;
+  }
+  if (digits.size() > 5 || digits.find_first_not_of("0123456789") != std::string::npos) {
+    return -1;
+  }
   const long long side = std::stoll(digits);
   return side >= 1 && side <= LARGEST_SIDE ? side : -1;
 }
 
 bool readSize(const std::string& text, long long& width, long long& height) {
   const std::size_t x = text.find_first_of("xX");
-  if (x == std::string::npos) return false;
+  if (x == std::string::npos) {
+    return false;
+  }
   width = readSide(text.substr(0, x));
   height = readSide(text.substr(x + 1));
   return width >= 0 && height >= 0 && width + height > 0;
@@ -61,7 +67,9 @@ void SourceOptions::declare(CLI::App& app) {
 }
 
 int SourceOptions::timeoutMs() const {
-  if (timeout_seconds <= 0) return -1;
+  if (timeout_seconds <= 0) {
+    return -1;
+  }
   return static_cast<int>(std::min(std::ceil(timeout_seconds * 1000.0), static_cast<double>(INT_MAX)));
 }
 
@@ -72,7 +80,9 @@ void WantedSize::declare(CLI::App& app, const char* p_help) {
           [](std::string& value) {
             long long width = 0;
             long long height = 0;
-            if (readSize(value, width, height)) return std::string();
+            if (readSize(value, width, height)) {
+              return std::string();
+            }
             return "'" + value +
                    "' is no size: give WxH, Wx or xH with sides from 1 to 65535, for example 640x360";
           },
@@ -82,11 +92,15 @@ void WantedSize::declare(CLI::App& app, const char* p_help) {
 zo::Size WantedSize::resolve(const zo::Size& picture) const {
   long long width = 0;
   long long height = 0;
-  if (!readSize(text, width, height) || picture.width < 1 || picture.height < 1) return picture;
-  if (height == 0)
+  if (!readSize(text, width, height) || picture.width < 1 || picture.height < 1) {
+    return picture;
+  }
+  if (height == 0) {
     return zo::Size(static_cast<int>(width), matchingSide(width, picture.width, picture.height));
-  if (width == 0)
+  }
+  if (width == 0) {
     return zo::Size(matchingSide(height, picture.height, picture.width), static_cast<int>(height));
+  }
   return zo::Size(static_cast<int>(width), static_cast<int>(height));
 }
 
@@ -95,9 +109,13 @@ CLI::Validator wholeNumber(long long low, long long high) {
       [low, high](std::string& text) {
         if (isWholeNumber(text)) {
           const long long value = std::stoll(text);
-          if (low <= value && value <= high) return std::string();
+          if (low <= value && value <= high) {
+            return std::string();
+          }
         }
-        if (high == LLONG_MAX) return "'" + text + "' is no whole number of at least " + std::to_string(low);
+        if (high == LLONG_MAX) {
+          return "'" + text + "' is no whole number of at least " + std::to_string(low);
+        }
         return "'" + text + "' is no whole number from " + std::to_string(low) + " to " +
                std::to_string(high);
       },
@@ -108,7 +126,9 @@ CLI::Validator number(double low, double high) {
   return CLI::Validator(
       [low, high](std::string& text) {
         double value = 0;
-        if (readNumber(text, value) && low <= value && value <= high) return std::string();
+        if (readNumber(text, value) && low <= value && value <= high) {
+          return std::string();
+        }
         std::ostringstream message;
         message.imbue(std::locale::classic());
         message << "'" << text << "' is no number from " << low << " to " << std::fixed

@@ -33,8 +33,9 @@ zo::Size fitInto(const zo::Size& picture, const zo::Size& box) {
 }
 
 zo::Size uprightSize(const zo::Size& picture, zo::VideoRotation rotation) {
-  if (rotation == zo::ZO_VIDEO_ROTATION_90 || rotation == zo::ZO_VIDEO_ROTATION_270)
+  if (rotation == zo::ZO_VIDEO_ROTATION_90 || rotation == zo::ZO_VIDEO_ROTATION_270) {
     return zo::Size(picture.height, picture.width);
+  }
   return picture;
 }
 
@@ -65,8 +66,9 @@ void turn(const zo::Frame& picture, zo::VideoRotation rotation, zo::Frame& out) 
   for (int y = 0; y < size.height; ++y) {
     const unsigned char* p_from = picture.planeData(0) + static_cast<std::size_t>(y) * picture.planeStride(0);
     std::ptrdiff_t to = start + y * step_y;
-    for (int x = 0; x < size.width; ++x, p_from += PIXEL, to += step_x)
+    for (int x = 0; x < size.width; ++x, p_from += PIXEL, to += step_x) {
       std::memcpy(out.planeData(0) + to, p_from, PIXEL);
+    }
   }
   out.setTimestamp(picture.timestamp());
 }
@@ -76,7 +78,9 @@ void fill(zo::Frame& picture, zo::Rect area, const Colour& colour) {
   for (int y = area.y; y < area.y + area.height; ++y) {
     unsigned char* p_to = picture.planeData(0) + static_cast<std::size_t>(y) * picture.planeStride(0) +
                           static_cast<std::size_t>(area.x) * PIXEL;
-    for (int x = 0; x < area.width; ++x, p_to += PIXEL) std::memcpy(p_to, colour.bytes, PIXEL);
+    for (int x = 0; x < area.width; ++x, p_to += PIXEL) {
+      std::memcpy(p_to, colour.bytes, PIXEL);
+    }
   }
 }
 
@@ -104,7 +108,9 @@ void stamp(zo::Frame& picture, long long index, long long timestamp) {
       "#" + std::to_string(index) + (isPlausibleTime(timestamp) ? "  " + formatTime(timestamp) : "");
   const zo::Size size = picture.size();
   int height = std::min(std::max(size.height / 20, 12), 64);
-  while (height > 8 && textWidth(text, height) + height > size.width) --height;
+  while (height > 8 && textWidth(text, height) + height > size.width) {
+    --height;
+  }
   const int margin = height / 4;
   fill(picture, zo::Rect(0, 0, textWidth(text, height) + 4 * margin, height + 2 * margin), BAND);
   write(picture, text, zo::Point(2 * margin, margin), WRITING, height);

@@ -20,8 +20,11 @@ namespace {
 
 std::string lowerExtension(const std::string& path) {
   std::string extension = zo::fileExtension(path);
-  for (char& c : extension)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  for (char& c : extension) {
+    if (c >= 'A' && c <= 'Z') {
+      c = static_cast<char>(c - 'A' + 'a');
+    }
+  }
   return extension;
 }
 
@@ -40,7 +43,9 @@ class File {
   bool isOpen() const { return _fd >= 0; }
   int descriptor() const { return _fd; }
   bool close() {
-    if (_fd < 0) return true;
+    if (_fd < 0) {
+      return true;
+    }
     const int result = ::close(_fd);
     _fd = -1;
     return result == 0;
@@ -55,7 +60,9 @@ class PartFile {
  public:
   explicit PartFile(const std::string& path) : _path(path) { setDoomedFile(_path.c_str()); }
   ~PartFile() {
-    if (!_path.empty()) unlink(_path.c_str());
+    if (!_path.empty()) {
+      unlink(_path.c_str());
+    }
     setDoomedFile(nullptr);
   }
   PartFile(const PartFile&) = delete;
@@ -63,7 +70,9 @@ class PartFile {
 
   const std::string& path() const { return _path; }
   bool renameTo(const std::string& path) {
-    if (std::rename(_path.c_str(), path.c_str()) != 0) return false;
+    if (std::rename(_path.c_str(), path.c_str()) != 0) {
+      return false;
+    }
     _path.clear();
     return true;
   }
@@ -92,13 +101,20 @@ bool isSpecialFile(const std::string& path) {
 bool isComplete(const std::string& path, const std::string& extension, const zo::Size& size) {
   File file(path, O_RDONLY);
   struct stat status;
-  if (!file.isOpen() || fstat(file.descriptor(), &status) != 0 || status.st_size < 12) return false;
+  if (!file.isOpen() || fstat(file.descriptor(), &status) != 0 || status.st_size < 12) {
+    return false;
+  }
   unsigned char tail[12];
   if (pread(file.descriptor(), tail, sizeof tail, status.st_size - static_cast<off_t>(sizeof tail)) !=
-      static_cast<ssize_t>(sizeof tail))
+      static_cast<ssize_t>(sizeof tail)) {
     return false;
-  if (isJpegName(extension)) return tail[10] == 0xFF && tail[11] == 0xD9;
-  if (extension == ".png") return std::memcmp(tail + 4, "IEND", 4) == 0;
+  }
+  if (isJpegName(extension)) {
+    return tail[10] == 0xFF && tail[11] == 0xD9;
+  }
+  if (extension == ".png") {
+    return std::memcmp(tail + 4, "IEND", 4) == 0;
+  }
   const int channels = extension == ".ppm" ? 3 : 1;
   return status.st_size >= static_cast<off_t>(size.width) * size.height * channels;
 }
@@ -106,11 +122,14 @@ bool isComplete(const std::string& path, const std::string& extension, const zo:
 /// Why nothing more can be written to that file, or null when more can.
 const char* writeObstacle(const std::string& path) {
   File file(path, O_WRONLY | O_APPEND);
-  if (!file.isOpen()) return std::strerror(errno);
+  if (!file.isOpen()) {
+    return std::strerror(errno);
+  }
   const char block[4096] = {};
   errno = 0;
-  if (write(file.descriptor(), block, sizeof block) != static_cast<ssize_t>(sizeof block))
+  if (write(file.descriptor(), block, sizeof block) != static_cast<ssize_t>(sizeof block)) {
     return std::strerror(errno != 0 ? errno : ENOSPC);
+  }
   return file.close() ? nullptr : std::strerror(errno);
 }
 
@@ -123,7 +142,9 @@ bool copyInto(const std::string& path, const std::string& device) {
   while (got > 0) {
     for (ssize_t done = 0; done < got;) {
       const ssize_t written = write(to.descriptor(), block + done, static_cast<std::size_t>(got - done));
-      if (written <= 0) return false;
+      if (written <= 0) {
+        return false;
+      }
       done += written;
     }
     got = read(from.descriptor(), block, sizeof block);
@@ -143,18 +164,22 @@ std::string partPath(const std::string& target, bool is_special, const std::stri
 }
 
 void encode(const std::string& path, const std::string& extension, const zo::Frame& picture, int quality) {
-  if (isJpegName(extension))
+  if (isJpegName(extension)) {
     zo::imageWrite(path, picture, quality);
-  else
+  } else {
     zo::imageSave(path, picture, quality);
+  }
 }
 
 }  // namespace
 
 void checkPictureName(const std::string& path) {
   const std::string extension = lowerExtension(path);
-  for (const char* p_known : {".jpg", ".jpeg", ".png", ".pgm", ".ppm"})
-    if (extension == p_known) return;
+  for (const char* p_known : {".jpg", ".jpeg", ".png", ".pgm", ".ppm"}) {
+    if (extension == p_known) {
+      return;
+    }
+  }
   fail(zo::ZO_STATUS_NOT_SUPPORTED, "'%s': the name has to end in .jpg, .jpeg, .png, .pgm or .ppm",
        path.c_str());
 }
@@ -167,15 +192,17 @@ void savePicture(const std::string& path, const zo::Frame& picture, int quality)
   PartFile part(partPath(target, is_special, extension));
   {
     File file(part.path(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW);
-    if (!file.isOpen())
+    if (!file.isOpen()) {
       fail(zo::ZO_STATUS_OPEN_ERROR, "cannot write '%s': %s", path.c_str(), std::strerror(errno));
+    }
   }
   try {
     encode(part.path(), extension, picture, quality);
   } catch (const zo::Exception& e) {
     const char* p_obstacle = writeObstacle(part.path());
-    if (p_obstacle != nullptr)
+    if (p_obstacle != nullptr) {
       fail(zo::ZO_STATUS_WRITE_ERROR, "cannot write '%s': %s", path.c_str(), p_obstacle);
+    }
     const zo::Exception& reason = e.previous() != nullptr ? *e.previous() : e;
     fail(reason.status(), "cannot write '%s': %s", path.c_str(), reason.what());
   }
@@ -186,8 +213,9 @@ void savePicture(const std::string& path, const zo::Frame& picture, int quality)
   }
   checkStop();
   errno = 0;
-  if (is_special ? !copyInto(part.path(), target) : !part.renameTo(target))
+  if (is_special ? !copyInto(part.path(), target) : !part.renameTo(target)) {
     fail(zo::ZO_STATUS_WRITE_ERROR, "cannot write '%s': %s", path.c_str(), std::strerror(errno));
+  }
 }
 
 }  // namespace zo_tool

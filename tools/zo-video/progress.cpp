@@ -18,7 +18,9 @@ constexpr long long INTERVAL_MS = 100;
 
 std::size_t terminalWidth() {
   winsize size;
-  if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+  if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+    return size.ws_col;
+  }
   return 80;
 }
 
@@ -37,9 +39,13 @@ Progress::~Progress() {
 }
 
 void Progress::update(long long done) {
-  if (!_enabled) return;
+  if (!_enabled) {
+    return;
+  }
   const long long now_ms = zo::getMonotonicTimeMs();
-  if (now_ms < _next_ms) return;
+  if (now_ms < _next_ms) {
+    return;
+  }
   _next_ms = now_ms + INTERVAL_MS;
   show(done, now_ms);
 }
@@ -59,17 +65,23 @@ void Progress::show(long long done, long long now_ms) {
     length = std::snprintf(text, sizeof text, "%lld %s  %.0f/s  %s so far", done, _what.c_str(), rate,
                            formatDuration(seconds).c_str());
   }
-  if (length < 0) return;
+  if (length < 0) {
+    return;
+  }
   std::string line(text);
   const std::size_t width = terminalWidth();
-  if (line.size() >= width) line.resize(width - 1);
+  if (line.size() >= width) {
+    line.resize(width - 1);
+  }
   std::fprintf(stderr, "\r\x1b[K%s", line.c_str());
   std::fflush(stderr);
   _shown = true;
 }
 
 void Progress::finish() {
-  if (!_shown) return;
+  if (!_shown) {
+    return;
+  }
   std::fputs("\r\x1b[K", stderr);
   std::fflush(stderr);
   _shown = false;

@@ -59,7 +59,9 @@ class SheetCommand : public Command {
     Source source(_source);
     source.open(Access::NUMBERED);
     const long long frames = source.isNumbered() ? source.frameCount() : countFrames(source);
-    if (frames == 0) fail(zo::ZO_STATUS_UNEXPECTED_RESULT, "'%s' has no frames", _source.url.c_str());
+    if (frames == 0) {
+      fail(zo::ZO_STATUS_UNEXPECTED_RESULT, "'%s' has no frames", _source.url.c_str());
+    }
     const int count = static_cast<int>(std::min<long long>(frames, static_cast<long long>(_columns) * _rows));
     ContactSheet sheet(_width, std::min(_columns, count), count,
                        uprightSize(source.reader().size(), source.reader().rotation()));
@@ -77,7 +79,9 @@ class SheetCommand : public Command {
     {
       Progress progress("frames counted", 0);
       zo::Frame frame;
-      while (source.read(frame)) progress.update(++count);
+      while (source.read(frame)) {
+        progress.update(++count);
+      }
     }
     source.open(Access::IN_ORDER);
     return count;
@@ -120,16 +124,21 @@ class SheetCommand : public Command {
       sheet.place(position, picture, source.reader().frameIndex(), frame.timestamp());
       progress.update(++with_picture);
     }
-    if (with_picture == 0)
+    if (with_picture == 0) {
       fail(zo::ZO_STATUS_UNEXPECTED_RESULT,
            "no frame has a picture (a stream without timestamps has to be put into a container)");
+    }
   }
 
   /// Reads the frame, or the first of those after it (below `end`) that has a picture.
   static bool readPicture(Source& source, long long end, zo::Frame& frame) {
     for (int tried = 0; tried < FRAMES_TO_TRY && source.read(frame); ++tried) {
-      if (frame.initialized()) return true;
-      if (source.reader().frameIndex() + 1 >= end) return false;
+      if (frame.initialized()) {
+        return true;
+      }
+      if (source.reader().frameIndex() + 1 >= end) {
+        return false;
+      }
     }
     return false;
   }

@@ -8,7 +8,9 @@ namespace zo_tool {
 void Source::openReader(bool navigation, bool cached) {
   const int result = _reader.open(_options.url.c_str(), _options.timeoutMs(), &_stop_request, navigation,
                                   _options.skip_errors, cached);
-  if (result != 0) throw Stopped();
+  if (result != 0) {
+    throw Stopped();
+  }
   checkStop();
   _numbered = navigation && _reader.frameCount() > 0;
 }
@@ -23,7 +25,9 @@ void Source::open(Access access) {
     checkStop();
     const bool index_failed =
         e.status() == zo::ZO_STATUS_SEEK_ERROR || e.status() == zo::ZO_STATUS_READ_ERROR;
-    if (access == Access::IN_ORDER || !index_failed) throw;
+    if (access == Access::IN_ORDER || !index_failed) {
+      throw;
+    }
     _index_failure = e;
   }
   openReader(false, false);
@@ -32,7 +36,9 @@ void Source::open(Access access) {
 bool Source::readFrame(zo::Frame& frame) {
   bool got_frame = false;
   const int result = _reader.read(frame, got_frame, &_stop_request);
-  if (result != 0) throw Stopped();
+  if (result != 0) {
+    throw Stopped();
+  }
   checkStop();
   return got_frame;
 }
@@ -55,15 +61,20 @@ void Source::goTo(long long index) {
   }
   zo::Frame frame;
   while (_reader.frameIndex() < index - 1) {
-    if (!read(frame))
+    if (!read(frame)) {
       fail(zo::ZO_STATUS_OUT_OF_RANGE, "there is no frame %lld, the video has %lld", index,
            _reader.frameIndex() + 1);
+    }
   }
 }
 
 void Source::requireNumbers() const {
-  if (_numbered) return;
-  if (_index_failure.status() != zo::ZO_STATUS_OK) throw zo::Exception(_index_failure);
+  if (_numbered) {
+    return;
+  }
+  if (_index_failure.status() != zo::ZO_STATUS_OK) {
+    throw zo::Exception(_index_failure);
+  }
   fail(zo::ZO_STATUS_NOT_ALLOWED, "the frames of '%s' cannot be numbered: its container reports no duration",
        _options.url.c_str());
 }

@@ -16,7 +16,9 @@ char doomed_file[PATH_MAX];
 
 extern "C" void onStopSignal(int number) {
   if (stop_signal != 0) {
-    if (file_is_doomed) unlink(doomed_file);
+    if (file_is_doomed) {
+      unlink(doomed_file);
+    }
     _exit(128 + number);
   }
   stop_signal = number;
@@ -24,7 +26,9 @@ extern "C" void onStopSignal(int number) {
 
 void watch(int number) {
   struct sigaction now;
-  if (sigaction(number, nullptr, &now) == 0 && now.sa_handler == SIG_IGN) return;
+  if (sigaction(number, nullptr, &now) == 0 && now.sa_handler == SIG_IGN) {
+    return;
+  }
   std::memset(&now, 0, sizeof now);
   now.sa_handler = onStopSignal;
   sigemptyset(&now.sa_mask);
@@ -45,7 +49,9 @@ int stopSignal() {
 }
 
 void checkStop() {
-  if (stop_signal != 0) throw Stopped();
+  if (stop_signal != 0) {
+    throw Stopped();
+  }
 }
 
 int StopRequest::isInterrupted() {
@@ -54,7 +60,9 @@ int StopRequest::isInterrupted() {
 
 void setDoomedFile(const char* p_path) {
   file_is_doomed = 0;
-  if (p_path == nullptr || std::strlen(p_path) >= sizeof doomed_file) return;
+  if (p_path == nullptr || std::strlen(p_path) >= sizeof doomed_file) {
+    return;
+  }
   std::strcpy(doomed_file, p_path);
   file_is_doomed = 1;
 }

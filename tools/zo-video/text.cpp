@@ -52,7 +52,9 @@ std::size_t typingErrors(const std::string& a, const std::string& b) {
       const std::size_t changed = table[i - 1][j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1);
       table[i][j] = std::min({changed, table[i - 1][j] + 1, table[i][j - 1] + 1});
       const bool swapped = i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1];
-      if (swapped) table[i][j] = std::min(table[i][j], table[i - 2][j - 2] + 1);
+      if (swapped) {
+        table[i][j] = std::min(table[i][j], table[i - 2][j - 2] + 1);
+      }
     }
   }
   return table[a.size()][b.size()];
@@ -61,8 +63,11 @@ std::size_t typingErrors(const std::string& a, const std::string& b) {
 }  // namespace
 
 std::string statusName(zo::Status status) {
-  for (const NamedStatus& named : NAMED_STATUSES)
-    if (named.status == status) return named.p_name;
+  for (const NamedStatus& named : NAMED_STATUSES) {
+    if (named.status == status) {
+      return named.p_name;
+    }
+  }
   return "ZO_STATUS_" + std::to_string(static_cast<int32_t>(status));
 }
 
@@ -72,22 +77,24 @@ std::string formatTime(long long milliseconds) {
                                          : static_cast<unsigned long long>(milliseconds);
   const unsigned long long minutes = ms / 60000;
   char text[64];
-  if (minutes >= 60)
+  if (minutes >= 60) {
     std::snprintf(text, sizeof text, "%s%llu:%02llu:%02llu.%03llu", negative ? "-" : "", minutes / 60,
                   minutes % 60, ms / 1000 % 60, ms % 1000);
-  else
+  } else {
     std::snprintf(text, sizeof text, "%s%llu:%02llu.%03llu", negative ? "-" : "", minutes, ms / 1000 % 60,
                   ms % 1000);
+  }
   return text;
 }
 
 std::string formatDuration(double seconds) {
   const long long whole = static_cast<long long>(std::llround(std::min(seconds, 3.6e8)));
   char text[64];
-  if (whole >= 3600)
+  if (whole >= 3600) {
     std::snprintf(text, sizeof text, "%lld:%02lld:%02lld", whole / 3600, whole / 60 % 60, whole % 60);
-  else
+  } else {
     std::snprintf(text, sizeof text, "%lld:%02lld", whole / 60, whole % 60);
+  }
   return text;
 }
 
@@ -95,14 +102,18 @@ std::string oneLine(const std::string& text) {
   std::string line = text;
   for (char& c : line) {
     const unsigned char byte = static_cast<unsigned char>(c);
-    if (byte < 32 || byte == 127) c = c == '\n' || c == '\t' ? ' ' : '?';
+    if (byte < 32 || byte == 127) {
+      c = c == '\n' || c == '\t' ? ' ' : '?';
+    }
   }
   return line;
 }
 
 std::string baseName(const std::string& path) {
   const std::size_t end = path.find_last_not_of('/');
-  if (end == std::string::npos) return path;
+  if (end == std::string::npos) {
+    return path;
+  }
   const std::size_t slash = path.find_last_of('/', end);
   return path.substr(slash + 1, end - slash);
 }
@@ -122,8 +133,11 @@ std::string closestWord(const std::string& word, const std::vector<std::string>&
     }
   }
   if (best.empty() && word.size() > 2) {
-    for (const std::string& candidate : known)
-      if (candidate.compare(0, word.size(), word) == 0) return candidate;
+    for (const std::string& candidate : known) {
+      if (candidate.compare(0, word.size(), word) == 0) {
+        return candidate;
+      }
+    }
   }
   return best;
 }

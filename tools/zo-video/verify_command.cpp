@@ -71,12 +71,15 @@ class VerifyCommand : public Command {
     zo::Frame frame;
     while (source.read(frame)) {
       in_order.emplace_back(frame);
-      if (!frame.initialized()) ++_without_picture;
+      if (!frame.initialized()) {
+        ++_without_picture;
+      }
       progress.update(static_cast<long long>(in_order.size()));
     }
-    if (static_cast<long long>(in_order.size()) != source.frameCount())
+    if (static_cast<long long>(in_order.size()) != source.frameCount()) {
       fail(zo::ZO_STATUS_UNEXPECTED_RESULT, "reading in order gave %lld frames, the index has %lld",
            static_cast<long long>(in_order.size()), source.frameCount());
+    }
     return in_order;
   }
 
@@ -91,32 +94,37 @@ class VerifyCommand : public Command {
       for (std::size_t i = index; i < in_order.size() && i < index + 2 && _differences < DIFFERENCES_AT_MOST;
            ++i) {
         ++_compared;
-        if (!source.read(frame))
+        if (!source.read(frame)) {
           different(index, i, "is missing");
-        else
+        } else {
           compare(index, i, Fingerprint(frame), in_order[i]);
+        }
       }
       progress.update(_jumps);
     }
   }
 
   void compare(std::size_t target, std::size_t index, const Fingerprint& got, const Fingerprint& expected) {
-    if (!got.samePicture(expected))
+    if (!got.samePicture(expected)) {
       different(target, index, "shows another picture");
-    else if (!got.sameTime(expected))
+    } else if (!got.sameTime(expected)) {
       different(target, index, "has another time");
+    }
   }
 
   void different(std::size_t target, std::size_t index, const char* p_how) {
-    if (++_differences <= DIFFERENCES_SHOWN)
+    if (++_differences <= DIFFERENCES_SHOWN) {
       std::printf("after a jump to %zu, frame %zu %s\n", target, index, p_how);
-    else if (_differences == DIFFERENCES_SHOWN + 1)
+    } else if (_differences == DIFFERENCES_SHOWN + 1) {
       std::printf("...\n");
+    }
   }
 
   void report(long long frames) const {
     std::printf("In order:     %s", counted(frames, "frame").c_str());
-    if (_without_picture > 0) std::printf(", %lld of them without a picture", _without_picture);
+    if (_without_picture > 0) {
+      std::printf(", %lld of them without a picture", _without_picture);
+    }
     std::printf("\nJumps:        %lld (seed %" PRIu64 ")\nCompared:     %s\nDifferences:  %lld\n", _jumps,
                 _seed, counted(_compared, "frame").c_str(), _differences);
   }

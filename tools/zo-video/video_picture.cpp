@@ -14,7 +14,9 @@ zo::Frame& PictureMaker::makeUpright(const zo::Frame& frame, zo::VideoRotation r
                                      zo::VideoConverter::ScaleAlgorithm algorithm) {
   zo::Frame& picture = make(frame, uprightSize(size, rotation), algorithm);
   const bool stands = rotation == zo::ZO_VIDEO_ROTATION_0 || rotation == zo::ZO_VIDEO_ROTATION_OTHER;
-  if (stands) return picture;
+  if (stands) {
+    return picture;
+  }
   turn(picture, rotation, _turned);
   return _turned;
 }
