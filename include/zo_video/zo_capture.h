@@ -27,16 +27,23 @@ class ZO_VIDEO_API ICapture {
   virtual long long frameCount() const = 0;
   /// Index of the frame shown at a time in milliseconds, where the source has such a mapping.
   virtual long long timestampToFrameIndex(long long timestamp) const = 0;
+  /// True for a source that cannot be gone back in.
   virtual bool isLive() const = 0;
+  /// True between open() and close().
   virtual bool isOpen() const = 0;
+  /// True once the end of the source was met, where the source tells.
   virtual bool isEof() const = 0;
   /// Highest rate at which frames are delivered, frames per second; below 1: no limit.
   virtual void setMaxFps(float fps) = 0;
   /// Quality of readJpeg(), 0 to 100.
   virtual void setJpegQuality(int quality) = 0;
+  /// Format of the frames to deliver; ZO_FRAME_FORMAT_UNDEFINED: the source's own.
   virtual void setFormat(FrameFormat format) = 0;
+  /// Size in pixels of the frames to deliver; a side below 1: the source's own size.
   virtual void setFrameSize(Size size) = 0;
+  /// Opens a source; timeout_ms bounds each blocking call in milliseconds, negative: no limit.
   virtual void open(const std::string& url, int timeout_ms) = 0;
+  /// Closes the source. Closing a closed one is fine.
   virtual void close() = 0;
   /// Delivers the next frame; false when there is none, `frame` is untouched then.
   virtual bool read(Frame& frame) = 0;

@@ -21,6 +21,7 @@ class ZO_VIDEO_API FrameDeleter {
   /// Frees this block, whatever the frame points to by then.
   explicit FrameDeleter(void* p_pixels) noexcept;
 
+  /// Destroys the frame and frees the pixels. A null frame is fine.
   void operator()(Frame* p_frame) const noexcept;
 
  private:

@@ -106,6 +106,7 @@ class ZO_VIDEO_API VideoReader {
   long long frameIndex() const;
   /// Average frames per second as the container gives them, 0 when unknown. Survives close().
   double fps() const;
+  /// How far the pictures have to be turned clockwise to stand upright.
   VideoRotation rotation() const;
   /// Time of the last delivered frame in milliseconds of stream time; the start time is not subtracted.
   long long timestamp() const;

@@ -43,7 +43,7 @@ typedef struct ZoVideoReader {
  *                       negative: no limit.
  * enable_navigation     Non-zero: build the frame index that zoVideoReader_moveByIndex needs.
  * skip_errors           Non-zero: skip what cannot be read or decoded instead of failing.
- * use_navigation_cache  Non-zero: keep the frame index in the file <url>.zo.
+ * use_navigation_cache  Non-zero: keep the frame index in a file beside it, its name plus ".zo".
  * p_message             Receives the error text (may be null): always terminated, never more than
  *                       message_size bytes.
  *

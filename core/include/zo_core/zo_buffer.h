@@ -31,6 +31,7 @@ class ZO_CORE_API Buffer {
 
   /// First byte; null while nothing was ever stored.
   unsigned char* data() noexcept;
+  /// The same for reading.
   const unsigned char* data() const noexcept;
   /// Length in bytes.
   unsigned size() const noexcept;

@@ -38,11 +38,13 @@ class ZO_CORE_API Exception : public std::exception {
   /// The formatted message; valid as long as the object, never null.
   const char* what() const noexcept override;
 
+  /// What went wrong.
   Status status() const noexcept;
   /// Name of the raising function; valid as long as the object, never null.
   const char* function() const noexcept;
   /// Source path without extension; valid as long as the object, never null.
   const char* file() const noexcept;
+  /// Source line of the throw.
   int line() const noexcept;
   /// The wrapped exception, or null. It stays valid as long as this object or a copy of it.
   const Exception* previous() const noexcept;

@@ -18,10 +18,14 @@ class FrameMemory;
 /// one another, each stride x rows bytes. Strides are in bytes, 0 for unused planes.
 class ZO_CORE_API FrameLayout {
  public:
+  /// Describes memory in that format, size in pixels, and strides in bytes.
   FrameLayout(FrameFormat format, Size size, const std::array<unsigned, 4>& strides) noexcept;
 
+  /// Pixel layout.
   FrameFormat format() const noexcept;
+  /// Size in pixels.
   Size size() const noexcept;
+  /// Bytes from one row of each plane to the next.
   const std::array<unsigned, 4>& strides() const noexcept;
 
  private:
@@ -78,13 +82,16 @@ class ZO_CORE_API Frame {
 
   /// True when pixels are attached.
   bool initialized() const noexcept;
+  /// Pixel layout.
   FrameFormat format() const noexcept;
+  /// Size in pixels.
   Size size() const noexcept;
   /// Number of planes: 0 when no pixels are attached, otherwise 1 to 3.
   unsigned planeCount() const noexcept;
   /// First byte of a plane, valid until the frame is reshaped, cleared or destroyed. Null for an index not
   /// below planeCount().
   unsigned char* planeData(unsigned index) noexcept;
+  /// The same for reading.
   const unsigned char* planeData(unsigned index) const noexcept;
   /// Bytes from one row of a plane to the next; 0 for an index not below planeCount().
   unsigned planeStride(unsigned index) const noexcept;
@@ -95,6 +102,7 @@ class ZO_CORE_API Frame {
 
   /// Milliseconds; 0 in a fresh frame.
   long long timestamp() const noexcept;
+  /// Sets the time, milliseconds.
   void setTimestamp(long long timestamp) noexcept;
 
  private:

@@ -15,6 +15,7 @@ class ZO_CORE_API FastMutex {
   FastMutex(const FastMutex&) = delete;
   FastMutex& operator=(const FastMutex&) = delete;
 
+  /// Waits until no other thread holds the mutex, and takes it.
   void lock() noexcept;
   /// Only by the thread that locked it.
   void unlock() noexcept;
@@ -27,6 +28,7 @@ class ZO_CORE_API FastMutex {
 template <class Mutex>
 class LockGuard {
  public:
+  /// Locks `mutex`, which has to outlive this object.
   explicit LockGuard(Mutex& mutex) : _mutex(mutex) { _mutex.lock(); }
   ~LockGuard() { _mutex.unlock(); }
   LockGuard(const LockGuard&) = delete;

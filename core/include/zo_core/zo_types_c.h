@@ -62,8 +62,8 @@ typedef ZO_C_ENUM(ZoFrameFormat){
 
 /* Width and height in pixels. */
 typedef struct ZoSize {
-  int width;
-  int height;
+  int width;  /* pixels */
+  int height; /* pixels */
 } ZoSize;
 
 #endif
