@@ -79,6 +79,10 @@ VideoConverter::Impl::Impl() {
 
 void VideoConverter::Impl::prepareScaler(Size src_size, AVPixelFormat src_format, Size dst_size,
                                          AVPixelFormat dst_format, int flags, const char* function) {
+  const ScalerKey key{src_size, dst_size, src_format, dst_format, flags};
+  if (_p_sws_ctx != nullptr && key == _scaler_key) {
+    return;
+  }
   // The scaler ends the process when asked about "no format"; that is a refusal like any other.
   const bool known = src_format != AV_PIX_FMT_NONE && dst_format != AV_PIX_FMT_NONE;
   _p_sws_ctx.reset(known ? sws_getCachedContext(_p_sws_ctx.release(), src_size.width, src_size.height,
@@ -89,6 +93,7 @@ void VideoConverter::Impl::prepareScaler(Size src_size, AVPixelFormat src_format
     throw Exception(nullptr, ZO_STATUS_OUT_OF_MEMORY, function, SOURCE_FILE, __LINE__,
                     "Cannot allocate scale context (SwsContext)");
   }
+  _scaler_key = key;
 }
 
 void VideoConverter::Impl::convert(const Frame& src, FrameFormat dst_format, Size dst_size, Frame& dst,

@@ -22,10 +22,26 @@ class VideoConverter::Impl {
   int convertAvFrame(const AVFrame* p_src_frame, AVPixelFormat dst_format, Frame& dst);
 
  private:
+  // What a scaler was asked to be made for. The scaler does not keep it as it was asked: it puts an algorithm
+  // of its own in the place of none, and would be made anew for every picture if it were compared with that.
+  struct ScalerKey {
+    Size src_size;
+    Size dst_size;
+    AVPixelFormat src_format = AV_PIX_FMT_NONE;
+    AVPixelFormat dst_format = AV_PIX_FMT_NONE;
+    int flags = 0;
+
+    bool operator==(const ScalerKey& other) const {
+      return src_size == other.src_size && dst_size == other.dst_size && src_format == other.src_format &&
+             dst_format == other.dst_format && flags == other.flags;
+    }
+  };
+
   void prepareScaler(Size src_size, AVPixelFormat src_format, Size dst_size, AVPixelFormat dst_format,
                      int flags, const char* function);
 
   ScalerPtr _p_sws_ctx;
+  ScalerKey _scaler_key;
 };
 
 }  // namespace zo

@@ -9,7 +9,6 @@
 #include <utility>
 
 #include "zo_av_error.h"
-#include "zo_core/zo_clock.h"
 #include "zo_ffmpeg_compat.h"
 #include "zo_ffmpeg_init.h"
 #include "zo_video_helpers.h"
@@ -198,7 +197,7 @@ bool VideoReader::Impl::_openInput(const char* url) {
     setOption(p_options, p_new_name, budget_us);
   }
 
-  _callback_start_ms = getMonotonicTimeMs();
+  _restartBudget();
   AVFormatContext* p_format = _p_format_ctx.release();  // freed by a failing open
   AVDictionary* p_raw_options = p_options.release();
   const int opened = avformat_open_input(&p_format, url, nullptr, &p_raw_options);
@@ -374,7 +373,7 @@ int VideoReader::Impl::_read(bool& got_frame, IInterruptable* interruptable) {
 // The next packet of the chosen stream in _p_av_packet; a blank one at the end of the file.
 VideoReader::Impl::PacketRead VideoReader::Impl::_readVideoPacket() {
   for (int errors_skipped = 0;;) {
-    _callback_start_ms = getMonotonicTimeMs();
+    _restartBudget();
     PacketContent content(_p_av_packet.get());
     const int result = av_read_frame(_p_format_ctx.get(), _p_av_packet.get());
     if (_callback_status != CALLBACK_OK) {

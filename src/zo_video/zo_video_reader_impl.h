@@ -88,6 +88,7 @@ class VideoReader::Impl {
   int64_t _packetTimestamp();
 
   // Interruption and time budgets.
+  void _restartBudget();
   static int _av_interrupt_cb(void* opaque);
   int _pollInterrupt() noexcept;
   int _checkCallBackStatus() const;
@@ -116,6 +117,7 @@ class VideoReader::Impl {
   Landing _lookAtLanding(long long frame_index, long long key_index);
   Landing _improveLanding(long long frame_index, long long key_index);
   Decoded _decodeUpTo(long long frame_index, long long key_index, bool times_identify_pictures);
+  bool _maySkipByTime() const;
   void _chooseSkipping(PacketRead result);
 
   // Declared in the order of use; closing frees decoder objects before the demuxer.

@@ -12,6 +12,13 @@ constexpr char SOURCE_FILE[] = "src/zo_video/zo_video_reader_impl";
 
 }  // namespace
 
+// Without a budget nobody asks when it began, and asking the clock for every packet would show in a scan.
+void VideoReader::Impl::_restartBudget() {
+  if (_timeout_ms >= 0) {
+    _callback_start_ms = getMonotonicTimeMs();
+  }
+}
+
 int VideoReader::Impl::_av_interrupt_cb(void* opaque) {
   return opaque == nullptr ? 1 : static_cast<Impl*>(opaque)->_pollInterrupt();
 }

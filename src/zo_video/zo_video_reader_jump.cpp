@@ -15,6 +15,9 @@ constexpr char SOURCE_FILE[] = "src/zo_video/zo_video_reader_impl";
 constexpr int LAST_STEP_AT_SAME_KEY = 2;
 constexpr int LAST_STEP_BACK = 5;
 
+// Bytes of an MPEG-4 picture that only says that there is nothing new.
+constexpr int LARGEST_EMPTY_PICTURE = 19;
+
 }  // namespace
 
 void VideoReader::Impl::moveByIndex(long long frame_index) {
@@ -215,7 +218,7 @@ VideoReader::Impl::Decoded VideoReader::Impl::_decodeUpTo(long long frame_index,
       reader._p_codec_ctx->skip_frame = AVDISCARD_DEFAULT;
     }
   } skipping_off{*this};
-  if (times_identify_pictures && _may_skip && _presentation_times &&
+  if (times_identify_pictures && _may_skip && _maySkipByTime() &&
       _index_order == IndexOrder::STRICT_ASCENDING && evenlySpaced(_packets_ts, key_index, frame_index)) {
     _skip_before = _getPktTsInBaseTime(frame_index);
   }
@@ -238,14 +241,26 @@ VideoReader::Impl::Decoded VideoReader::Impl::_decodeUpTo(long long frame_index,
   return ended ? Decoded::STREAM_ENDED : Decoded::REACHED;
 }
 
+// Where packets come without a presentation time, decoders tell times from the order in which pictures come
+// out. With MPEG-4 leaving out B-pictures, which come out at once and do have a time, changes nothing in
+// that.
+bool VideoReader::Impl::_maySkipByTime() const {
+  return _presentation_times || _p_codec_ctx->codec_id == AV_CODEC_ID_MPEG4;
+}
+
 // Called for every packet until the wanted picture's has come.
 void VideoReader::Impl::_chooseSkipping(PacketRead result) {
-  const int64_t time = result == PacketRead::PACKET ? _packetTimestamp() : AV_NOPTS_VALUE;
-  const bool identified = _presentation_times && time != AV_NOPTS_VALUE;
-  const bool skip = identified && time < _skip_before;
+  const bool timed = result == PacketRead::PACKET && _p_av_packet->pts != AV_NOPTS_VALUE;
+  if (result == PacketRead::PACKET && !timed) {
+    _presentation_times = false;
+    // Where two pictures share a packet, packets without content make up for it; times come out of step when
+    // pictures are left out there.
+    _damage_met = _damage_met || _p_av_packet->size <= LARGEST_EMPTY_PICTURE;
+  }
+  const bool skip = timed && _maySkipByTime() && _p_av_packet->pts < _skip_before;
   _p_codec_ctx->skip_frame = skip ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
   _pictures_skipped = _pictures_skipped || skip;
-  if (!identified || time == _skip_before) {
+  if (!_maySkipByTime() || result != PacketRead::PACKET || (timed && _p_av_packet->pts == _skip_before)) {
     _skip_before = NO_SKIPPING;
   }
 }

@@ -3,7 +3,6 @@
 #include <stdexcept>
 
 #include "zo_av_error.h"
-#include "zo_core/zo_clock.h"
 #include "zo_ffmpeg_compat.h"
 #include "zo_navigation_cache.h"
 #include "zo_saturating.h"
@@ -39,6 +38,7 @@ void VideoReader::Impl::_readAllPackets(bool use_navigation_cache) {
     _scanPackets();
     _seekToStart();
   }
+  _packets_ts.shrink_to_fit();  // it stays as long as the file is open
   _frame_count = static_cast<int64_t>(_packets_ts.size());
   _index_order = indexOrder(_packets_ts);
   if (use_navigation_cache && !loaded) {
@@ -51,7 +51,7 @@ void VideoReader::Impl::_scanPackets() {
   AVPacket* const p_packet = _p_av_packet.get();
   int result;
   for (;;) {
-    _callback_start_ms = getMonotonicTimeMs();
+    _restartBudget();
     result = av_read_frame(_p_format_ctx.get(), p_packet);
     if (result != 0) {
       break;
@@ -74,7 +74,7 @@ void VideoReader::Impl::_findFirstDts() {
   AVPacket* const p_packet = _p_av_packet.get();
   bool found = false;
   while (!found) {
-    _callback_start_ms = getMonotonicTimeMs();
+    _restartBudget();
     if (av_read_frame(_p_format_ctx.get(), p_packet) != 0) {
       break;
     }
