@@ -18,6 +18,10 @@ namespace {
 
 // A turn that is shorter than this is repeated, so that the clock's grain does not count.
 constexpr double SHORTEST_TURN_SECONDS = 0.08;
+constexpr double LONG_TURN_SECONDS = 0.3;
+// Jobs that take long have fewer rounds, but not fewer than this.
+constexpr double LONG_JOB_SECONDS = 20;
+constexpr int FEWEST_ROUNDS = 3;
 constexpr int MOST_REPETITIONS = 20000;
 
 double now(clockid_t clock) {
@@ -61,20 +65,24 @@ void takeTurn(const Contender& contender, Course& course) {
   course.wall.push_back(watch.wallSeconds() / course.repetitions);
 }
 
-// The first run warms caches and tells how often a turn has to repeat the job.
+// A first pass warms caches, checks the results and tells how often a turn has to repeat the job.
 void warmUp(const Contender& contender, Course& course, bool repeat) {
+  const double start = now(CLOCK_PROCESS_CPUTIME_ID);
   Stopwatch watch;
   watch.arm(repeat);
-  contender.run(watch);
-  if (repeat) {
-    contender.run(watch);
-    const double once = watch.cpuSeconds() / 2;
-    const double times = once > 0 ? SHORTEST_TURN_SECONDS / once : MOST_REPETITIONS;
-    course.repetitions = 1 + static_cast<int>(std::min<double>(times, MOST_REPETITIONS));
-  }
   if (contender.wrong) {
     course.wrong = contender.wrong();
+  } else {
+    contender.run(watch);
   }
+  if (!repeat || now(CLOCK_PROCESS_CPUTIME_ID) - start > LONG_TURN_SECONDS) {
+    return;
+  }
+  watch.reset();
+  contender.run(watch);
+  const double once = watch.cpuSeconds();
+  const double times = once > 0 ? SHORTEST_TURN_SECONDS / once : MOST_REPETITIONS;
+  course.repetitions = 1 + static_cast<int>(std::min<double>(times, MOST_REPETITIONS));
 }
 
 void printCourse(const Contender& contender, const Course& course, const Course& basis, bool first) {
@@ -109,14 +117,19 @@ void runJob(const Job& job, const Options& options) {
     warmUp(contenders[i], courses[i], !options.once);
   }
   const int rounds = options.once ? 1 : options.rounds;
-  for (int round = 0; round < rounds; ++round) {
+  const double start = now(CLOCK_PROCESS_CPUTIME_ID);
+  int round = 0;
+  for (; round < rounds; ++round) {
+    if (round >= FEWEST_ROUNDS && now(CLOCK_PROCESS_CPUTIME_ID) - start > LONG_JOB_SECONDS) {
+      break;
+    }
     for (std::size_t i = 0; i < contenders.size(); ++i) {
       const std::size_t turn = (i + static_cast<std::size_t>(round)) % contenders.size();
       takeTurn(contenders[turn], courses[turn]);
     }
   }
   std::printf("{\"group\": \"%s\", \"job\": \"%s\", \"rounds\": %d, \"contenders\": [", job.group.c_str(),
-              job.name.c_str(), rounds);
+              job.name.c_str(), round);
   for (std::size_t i = 0; i < contenders.size(); ++i) {
     printCourse(contenders[i], courses[i], courses[0], i == 0);
   }
