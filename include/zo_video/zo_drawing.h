@@ -25,9 +25,8 @@ ZO_VIDEO_API void drawLine(Frame& frame, Point p1, Point p2, const unsigned char
 ZO_VIDEO_API void drawRect(Frame& frame, Rect rect, const unsigned char* color, int thickness);
 
 /// Writes ASCII text, anti-aliased, blended over the picture.
-/// @param text      Codes 32 to 126 are drawn, 127 is a blank; a line feed starts the next line; other bytes
-/// are
-///                  skipped.
+/// @param text      Codes 32 to 126 are drawn, 127 is a blank; a line feed starts the next line; other
+///                  bytes are skipped.
 /// @param position  Top left corner of the text box, pixels.
 /// @param height    Height of a line in pixels, 4 to 924; others draw nothing. A character is
 ///                  127 * height / 231 pixels wide, rounded down.
