@@ -269,7 +269,9 @@ TEST_F(ReaderOpening, TellsARateOfZeroWhenTheContainerHasNone) {
   const AVRational rate = test::decodeReference(path, false).average_frame_rate;
   VideoReader reader;
   test::openPlainly(reader, path);
-  ASSERT_EQ(0, rate.den);
+  if (rate.den != 0) {
+    GTEST_SKIP() << "this FFmpeg guesses a rate";
+  }
   EXPECT_EQ(0, reader.fps());
 }
 
