@@ -45,13 +45,16 @@ std::vector<uint64_t> useWithClip(const std::string& clip) {
   }
   const long long count = reader.frameCount();
   answers.push_back(static_cast<uint64_t>(count));
+  bool lost = false;
   for (long long index : {count - 1, count / 2, 0LL, count, -1LL, 7LL, 8LL}) {
     const Outcome moved = outcomeOf([&] { reader.moveByIndex(index); });
     require((index >= 0 && index < count) || moved.status == zo::ZO_STATUS_OUT_OF_RANGE,
             "only frames of the index can be reached");
-    if (moved.status == zo::ZO_STATUS_SEEK_ERROR) {
-      answers.push_back(zo::ZO_STATUS_SEEK_ERROR);
-      continue;  // move again or reopen, says the contract
+    // A failed seek leaves no position to read at until the next successful move, says the contract.
+    lost = moved.status == zo::ZO_STATUS_SEEK_ERROR || (lost && moved.status != zo::ZO_STATUS_OK);
+    if (lost) {
+      answers.push_back(static_cast<uint64_t>(moved.status));
+      continue;
     }
     bool got_frame = false;
     const Outcome read = outcomeOf([&] { reader.read(frame, got_frame, nullptr); });
