@@ -378,6 +378,9 @@ VideoReader::Impl::PacketRead VideoReader::Impl::_readVideoPacket() {
     const int result = av_read_frame(_p_format_ctx.get(), _p_av_packet.get());
     if (_callback_status != CALLBACK_OK) {
       forgetInputError(_p_format_ctx->pb);
+      // A packet that came all the same is dropped, and some demuxers lose their place: a jump has to seek,
+      // and the picture decoded next tells its index by its time.
+      _position_from_picture = _position_from_picture || _navigation;
     }
     if (_checkCallBackStatus() != 0) {
       return PacketRead::INTERRUPTED;
