@@ -131,6 +131,13 @@ void Frame::reuse(FrameFormat format, Size size, const DeviceContext&, unsigned 
   _alignment = alignment;
 }
 
+// Memory for the planes of a frame whose format only its maker knows.
+void Frame::allocateLike(const Frame& other) {
+  const BlockLayout block = packedLayout(other._format, other._size, other._strides);
+  attach(FrameMemory::allocate(block.bytes + PLANE_ALIGNMENT), other._format, other._size, block.plane_count,
+         block.strides, block.offsets);
+}
+
 void Frame::copyTo(Frame& destination) const {
   if (this == &destination) {
     return;
@@ -139,7 +146,11 @@ void Frame::copyTo(Frame& destination) const {
     destination = *this;
     return;
   }
-  destination.reuse(_format, _size, DeviceContext(), 0);
+  if (formatPlaneCount(_format) != 0) {
+    destination.reuse(_format, _size, DeviceContext(), 0);
+  } else {
+    destination.allocateLike(*this);
+  }
   for (unsigned i = 0; i < _plane_count; ++i) {
     const std::size_t row_bytes = planeRowBytes(i);
     const std::size_t rows = planeRows(i);
@@ -198,7 +209,10 @@ unsigned Frame::planeStride(unsigned index) const noexcept {
 }
 
 unsigned Frame::planeRowBytes(unsigned index) const noexcept {
-  return index < _plane_count ? static_cast<unsigned>(planeExtent(_format, _size, index).row_bytes) : 0;
+  if (index >= _plane_count || formatPlaneCount(_format) == 0) {
+    return planeStride(index);
+  }
+  return static_cast<unsigned>(planeExtent(_format, _size, index).row_bytes);
 }
 
 unsigned Frame::planeRows(unsigned index) const noexcept {

@@ -18,6 +18,14 @@ uint64_t alignUp(uint64_t value, uint64_t alignment) {
   return (value + alignment - 1) / alignment * alignment;
 }
 
+unsigned usedStrides(const std::array<unsigned, 4>& strides) {
+  unsigned count = 0;
+  while (count < strides.size() && strides[count] != 0) {
+    ++count;
+  }
+  return count;
+}
+
 }  // namespace
 
 unsigned formatPlaneCount(FrameFormat format) noexcept {
@@ -94,9 +102,13 @@ BlockLayout allocationLayout(FrameFormat format, Size size, unsigned alignment) 
 BlockLayout packedLayout(FrameFormat format, Size size, const std::array<unsigned, 4>& strides) noexcept {
   BlockLayout layout;
   uint64_t bytes = 0;
-  const unsigned plane_count = size.width < 1 || size.height < 1 ? 0 : formatPlaneCount(format);
+  const unsigned known_planes = formatPlaneCount(format);
+  const unsigned plane_count =
+      size.width < 1 || size.height < 1 ? 0 : (known_planes != 0 ? known_planes : usedStrides(strides));
   for (unsigned i = 0; i < plane_count; ++i) {
-    const PlaneExtent extent = planeExtent(format, size, i);
+    const PlaneExtent extent = known_planes != 0
+                                   ? planeExtent(format, size, i)
+                                   : PlaneExtent{strides[i], static_cast<uint64_t>(size.height)};
     if (strides[i] < extent.row_bytes || strides[i] > MAX_STRIDE) {
       return BlockLayout();
     }

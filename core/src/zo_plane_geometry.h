@@ -38,8 +38,9 @@ constexpr unsigned PLANE_ALIGNMENT = 64;
 /// memory.
 BlockLayout allocationLayout(FrameFormat format, Size size, unsigned alignment);
 
-/// The layout of a block that came from outside: planes packed one after another, stride x rows bytes each.
-/// No planes when the strides cannot hold the rows or the block cannot exist in memory.
+/// The layout of a block that came from outside: planes packed one after another, stride x rows bytes each. A
+/// format that the library knows no layout of has a plane for each stride up to the first 0, as high as the
+/// image. No planes when the strides cannot hold the rows or the block cannot exist in memory.
 BlockLayout packedLayout(FrameFormat format, Size size, const std::array<unsigned, 4>& strides) noexcept;
 
 }  // namespace zo

@@ -167,7 +167,8 @@ int VideoReader::Impl::_readIndexed(Frame& frame, bool& got_frame) {
   }
   ++_frame_index;
   int64_t time = AV_NOPTS_VALUE;
-  if (_frame_index == _decoded_index) {
+  // A failed read or seek gives the held picture up.
+  if (_frame_index == _decoded_index && _p_av_frame->format != -1) {
     _copyToOutFrame(frame);
     time = _p_av_frame->best_effort_timestamp;
   } else {

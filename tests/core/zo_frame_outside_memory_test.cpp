@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -146,12 +147,42 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(UnusableCase{"NullMemory", ZO_FRAME_FORMAT_GRAY8, Size(3, 3), 3, true},
                     UnusableCase{"StrideBelowTheRow", ZO_FRAME_FORMAT_GRAY8, Size(3, 3), 2, false},
                     UnusableCase{"SecondStrideMissing", ZO_FRAME_FORMAT_YUV444_PLANAR, Size(3, 3), 3, false},
-                    UnusableCase{"NoFormat", ZO_FRAME_FORMAT_UNDEFINED, Size(3, 3), 3, false},
-                    UnusableCase{"CustomFormat", ZO_FRAME_FORMAT_CUSTOM_1, Size(3, 3), 3, false},
+                    UnusableCase{"NoFormatAndNoStride", ZO_FRAME_FORMAT_UNDEFINED, Size(3, 3), 0, false},
+                    UnusableCase{"CustomFormatAndNoStride", ZO_FRAME_FORMAT_CUSTOM_1, Size(3, 3), 0, false},
                     UnusableCase{"NoWidth", ZO_FRAME_FORMAT_GRAY8, Size(0, 3), 3, false},
                     UnusableCase{"NegativeHeight", ZO_FRAME_FORMAT_GRAY8, Size(3, -3), 3, false},
                     UnusableCase{"StrideBeyondInt", ZO_FRAME_FORMAT_GRAY8, Size(3, 3), UINT_MAX, false}),
     test::CaseName());
+
+class OutsideMemoryOfUnknownLayout : public testing::TestWithParam<int> {};
+
+TEST_P(OutsideMemoryOfUnknownLayout, HasAPlaneForEachStrideAndIsCopiedDeeply) {
+  const auto format = static_cast<FrameFormat>(GetParam());
+  unsigned char block[2 * (7 + 4)];
+  for (unsigned i = 0; i < sizeof(block); ++i) {
+    block[i] = static_cast<unsigned char>(i);
+  }
+  const Frame frame(FrameLayout(format, Size(5, 2), Strides{{7, 4, 0, 9}}), DeviceContext(),
+                    DevicePtr(block));
+  ASSERT_TRUE(frame.initialized());
+  ASSERT_EQ(2U, frame.planeCount());
+  EXPECT_EQ(block, frame.planeData(0));
+  EXPECT_EQ(block + 14, frame.planeData(1));
+  EXPECT_EQ(7U, frame.planeRowBytes(0));
+  EXPECT_EQ(2U, frame.planeRows(1));
+  EXPECT_EQ(0U, frame.planeStride(2));
+
+  Frame copy;
+  frame.copyTo(copy);
+  ASSERT_EQ(2U, copy.planeCount());
+  EXPECT_EQ(format, copy.format());
+  EXPECT_NE(frame.planeData(0), copy.planeData(0));
+  EXPECT_EQ(0, std::memcmp(block, copy.planeData(0), 14));
+  EXPECT_EQ(0, std::memcmp(block + 14, copy.planeData(1), 8));
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, OutsideMemoryOfUnknownLayout,
+                         testing::Values(0, 3, 5, 16, 17, 18, 19, 20, 21, -1));
 
 }  // namespace
 }  // namespace zo

@@ -323,6 +323,15 @@ TEST_P(JpegEncoderRefusedFormat, IsReportedInTheWordsOfTheImageWriter) {
                            GetParam().status, GetParam().message, "encode");
 }
 
+TEST_P(JpegEncoderRefusedFormat, IsReportedForAFrameOverOutsideMemory) {
+  unsigned char block[16 * 48] = {};
+  const Frame frame(FrameLayout(static_cast<FrameFormat>(GetParam().format), Size(16, 16), {48, 0, 0, 0}),
+                    DeviceContext(), DevicePtr(block));
+  ASSERT_TRUE(frame.initialized());
+  EXPECT_ZO_EXCEPTION_FROM("src/zo_video/zo_jpeg_encoder", encode(frame, 90), GetParam().status,
+                           GetParam().message, "encode");
+}
+
 constexpr char NO_FRAME_DATA[] = "Failure in imageWrite(...): not initialized frame data";
 constexpr char NOT_SUPPORTED[] = "Failure in imageWrite(...): not suported format to save";
 constexpr char UNKNOWN[] = "Failure in imageWrite(...): unknown format";

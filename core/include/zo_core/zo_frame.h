@@ -44,9 +44,10 @@ class ZO_CORE_API Frame {
   /// An empty frame: format ZO_FRAME_FORMAT_UNDEFINED, size 0 x 0, no planes, timestamp 0.
   Frame() noexcept;
 
-  /// A frame over memory that already exists; nothing is copied. A format without a layout, a size below 1,
-  /// a stride too small for its row or a null pointer gives a frame with that format and size but no planes.
-  /// Throws std::bad_alloc.
+  /// A frame over memory that already exists; nothing is copied. A format that the library knows no layout of
+  /// (custom, reserved or unknown) has a plane for each stride up to the first 0, as high as the image. A
+  /// size below 1, a stride too small for its row or a null pointer gives a frame with that format and size
+  /// but no planes. Throws std::bad_alloc.
   Frame(const FrameLayout& layout, const DeviceContext& context, const DevicePtr& memory);
 
   Frame(const Frame& other) noexcept;
@@ -86,7 +87,7 @@ class ZO_CORE_API Frame {
   FrameFormat format() const noexcept;
   /// Size in pixels.
   Size size() const noexcept;
-  /// Number of planes: 0 when no pixels are attached, otherwise 1 to 3.
+  /// Number of planes: 0 when no pixels are attached, otherwise 1 to 4.
   unsigned planeCount() const noexcept;
   /// First byte of a plane, valid until the frame is reshaped, cleared or destroyed. Null for an index not
   /// below planeCount().
@@ -109,6 +110,7 @@ class ZO_CORE_API Frame {
   void attach(FrameMemory* p_memory, FrameFormat format, Size size, unsigned plane_count,
               const std::array<unsigned, 4>& strides, const std::array<std::size_t, 4>& offsets) noexcept;
   void detach() noexcept;
+  void allocateLike(const Frame& other);
 
   FrameFormat _format;
   unsigned _plane_count;  // 0 exactly when no pixel memory is attached
