@@ -107,10 +107,11 @@ class ZO_CORE_API Frame {
   void setTimestamp(long long timestamp) noexcept;
 
  private:
-  void attach(FrameMemory* p_memory, FrameFormat format, Size size, unsigned plane_count,
-              const std::array<unsigned, 4>& strides, const std::array<std::size_t, 4>& offsets) noexcept;
-  void detach() noexcept;
-  void allocateLike(const Frame& other);
+  ZO_CORE_PRIVATE void attach(FrameMemory* p_memory, FrameFormat format, Size size, unsigned plane_count,
+                              const std::array<unsigned, 4>& strides,
+                              const std::array<std::size_t, 4>& offsets) noexcept;
+  ZO_CORE_PRIVATE void detach() noexcept;
+  ZO_CORE_PRIVATE void allocateLike(const Frame& other);
 
   FrameFormat _format;
   unsigned _plane_count;  // 0 exactly when no pixel memory is attached
