@@ -191,8 +191,9 @@ class InfoCommand : public Command {
       }
       info.is_damaged = true;
     }
-    while (source.reader().frameIndex() < info.frame_count - 1 && readPastDamage(source, frame, info)) {
-      continue;
+    bool more = true;
+    while (more && source.reader().frameIndex() < info.frame_count - 1) {
+      more = readPastDamage(source, frame, info);
     }
   }
 
