@@ -169,9 +169,9 @@ def test_interrupt_that_never_stops(clip):
 
 
 def test_missing_library(monkeypatch):
-    import zo_video._library as library
+    from zo_video import plain
 
-    monkeypatch.setattr(library, "_library", None)
+    monkeypatch.setattr(plain, "_library", None)
     monkeypatch.setenv("ZO_VIDEO_LIBRARY", "/nonexistent/libzo_video.so")
     with pytest.raises(ImportError, match="ZO_VIDEO_LIBRARY"):
         zo_video.open("clip.mp4")

@@ -9,12 +9,12 @@ from typing import Optional, Tuple, Union
 from ._errors import InvalidArgumentError, Status
 from ._formats import Format, as_format
 from ._frame import Frame, FrameMemory
-from ._library import ZoSize, library
+from .plain import ZoSize, library
 
 _LARGEST_SIDE = 2**31 - 1
 
 
-def _release(handle) -> None:
+def _release(handle: ctypes.c_void_p) -> None:
     library().zoVideoConverter_release(ctypes.byref(handle))
 
 
@@ -57,8 +57,7 @@ _of_thread = threading.local()
 
 def thread_converter() -> Converter:
     """The calling thread's own converter."""
-    try:
-        return _of_thread.converter
-    except AttributeError:
-        _of_thread.converter = Converter()
-        return _of_thread.converter
+    converter: Optional[Converter] = getattr(_of_thread, "converter", None)
+    if converter is None:
+        converter = _of_thread.converter = Converter()
+    return converter

@@ -3,7 +3,7 @@ from __future__ import annotations
 
 import builtins
 import enum
-from typing import Dict, Optional, Type
+from typing import Any, Dict, Optional, Tuple, Type
 
 
 class Status(enum.IntEnum):
@@ -46,7 +46,7 @@ class ZoVideoError(Exception):
             self.status = status
         self.message = message
 
-    def __reduce__(self):  # the arguments of BaseException are not those of this class
+    def __reduce__(self) -> Tuple[Any, ...]:  # the arguments of BaseException are not those of this class
         return type(self), (self.status, self.message)
 
     def __str__(self) -> str:

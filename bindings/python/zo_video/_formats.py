@@ -2,7 +2,7 @@
 from __future__ import annotations
 
 import enum
-from typing import List, Tuple
+from typing import List, Tuple, Union
 
 
 class Format(enum.IntEnum):
@@ -62,7 +62,7 @@ def plane_shapes(pixel_format: int, width: int, height: int, plane_count: int) -
     return [(height, width), *chroma]
 
 
-def as_format(value) -> Format:
+def as_format(value: Union[Format, int, str]) -> Format:
     """A format given as such, by number or by name ("BGR24", also in lower case)."""
     if isinstance(value, str):
         try:

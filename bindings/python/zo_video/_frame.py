@@ -4,23 +4,24 @@ from __future__ import annotations
 import collections
 import ctypes
 import weakref
-from typing import TYPE_CHECKING, Any, Deque, Iterator, Optional, Tuple, Union
+from typing import TYPE_CHECKING, Any, Deque, Iterator, List, Optional, Tuple, Union
 
 from ._errors import NotInitializedError, NotSupportedError, Status
 from ._formats import Format, as_format, plane_shapes
-from ._library import FramePointer, library
+from .plain import FramePointer, ZoFrame, library
 
 if TYPE_CHECKING:
     import numpy
 
-    Pixels = Union["numpy.ndarray[Any, Any]", memoryview]
+    Array = numpy.ndarray[Any, Any]
+    Pixels = Union[Array, memoryview]
 
 # Frames that nobody looks at any more, for the next ones: their memory is used again.
 _SPARE_FRAMES = 4
 _spares: Deque[Any] = collections.deque()
 
 
-def _numpy():
+def _numpy() -> Any:
     """numpy, or None where it is not installed."""
     try:
         import numpy
@@ -29,7 +30,7 @@ def _numpy():
     return numpy
 
 
-def _give_back(p_frame) -> None:
+def _give_back(p_frame: "ctypes._Pointer[ZoFrame]") -> None:
     # No lock: this runs whenever the garbage collector does.
     if len(_spares) < _SPARE_FRAMES:
         _spares.append(p_frame)
@@ -52,8 +53,9 @@ class FrameMemory:
         weakref.finalize(self, _give_back, self.p_frame).atexit = False
 
     @property
-    def record(self):
-        return self.p_frame.contents
+    def record(self) -> ZoFrame:
+        record: ZoFrame = self.p_frame.contents
+        return record
 
 
 class Frame:
@@ -149,14 +151,14 @@ class Frame:
         """A copy of all planes one after another, without padding."""
         return b"".join(bytes(row) for i in range(self._plane_count) for row in self.rows(i))
 
-    def __array__(self, dtype=None, copy=None):
+    def __array__(self, dtype: Any = None, copy: Optional[bool] = None) -> "Array":
         numpy = _numpy()
-        array = self.array
+        array: "Array" = numpy.asarray(self.array)
         if dtype is not None and array.dtype != dtype:
             if copy is False:
                 raise ValueError("another type needs a copy")
             return array.astype(dtype)
-        return numpy.array(array) if copy else array
+        return array.copy() if copy else array
 
     def convert(self, format: Union[Format, int, str], size: Optional[Tuple[int, int]] = None) -> "Frame":
         """A new frame in another pixel format and, where given, another size (width, height)."""
@@ -186,18 +188,20 @@ class Frame:
                 Status.NOT_INITIALIZED, f"the decoder produced no picture for frame {self._index}"
             )
 
-    def _shapes(self):
+    def _shapes(self) -> List[Tuple[int, ...]]:
         return plane_shapes(self._format, self._size[0], self._size[1], self._plane_count)
 
     def _bytes(self, plane: int, count: int) -> Any:
-        view: Any = (ctypes.c_ubyte * count).from_address(self._memory.record.p_planes[plane])
+        address: Any = self._memory.record.p_planes[plane]
+        view: Any = (ctypes.c_ubyte * count).from_address(address)
         view.owner = self._memory  # every view of this view keeps the pixels alive
         return view
 
-    def _plane(self, plane: int, shape, numpy) -> "Pixels":
+    def _plane(self, plane: int, shape: Tuple[int, ...], numpy: Any) -> "Pixels":
         stride = self.strides[plane]
         pixels = self._bytes(plane, stride * shape[0])
         if numpy is None:
             return memoryview(pixels).cast("B").cast("B", (shape[0], stride))
         steps = (stride, 1) if len(shape) == 2 else (stride, shape[2], 1)
-        return numpy.ndarray(shape, numpy.uint8, pixels, 0, steps)
+        array: "Pixels" = numpy.ndarray(shape, numpy.uint8, pixels, 0, steps)
+        return array

@@ -6,12 +6,12 @@ import operator
 import os
 import threading
 import weakref
-from typing import Callable, Iterator, Optional, Sequence, Tuple, Union, overload
+from typing import Callable, Iterator, Optional, Sequence, SupportsIndex, Tuple, Union, overload
 
 from ._errors import Interrupted, InvalidArgumentError, NotAllowedError, NotOpenedError, ReadError, Status
 from ._formats import Format
 from ._frame import Frame, FrameMemory
-from ._library import InterruptFunction, ReaderPointer, library
+from .plain import InterruptFunction, ReaderPointer, ZoVideoReader, library
 
 _LONGEST_TIMEOUT_MS = 2**31 - 1
 
@@ -25,7 +25,7 @@ class _Interrupt:
         self.exception: Optional[BaseException] = None
         self.pointer = InterruptFunction(self._poll)
 
-    def _poll(self, _opaque) -> int:
+    def _poll(self, _opaque: Optional[int]) -> int:
         if not self.stopped:
             try:
                 self.stopped = bool(self._function())
@@ -41,7 +41,7 @@ class _Interrupt:
             raise Interrupted(None, "opening was interrupted")
 
 
-def _release(lock, p_reader) -> None:
+def _release(lock: "threading._RLock", p_reader: "ctypes._Pointer[ZoVideoReader]") -> None:
     # At exit, a thread that nobody waits for may be reading: then the reader is left to the system.
     if lock.acquire(blocking=False):
         try:
@@ -175,12 +175,12 @@ class Reader:
         return not self.closed
 
     @overload
-    def __getitem__(self, index: int) -> Frame: ...
+    def __getitem__(self, index: SupportsIndex) -> Frame: ...
 
     @overload
     def __getitem__(self, index: slice) -> "FrameSlice": ...
 
-    def __getitem__(self, index):
+    def __getitem__(self, index: Union[SupportsIndex, slice]) -> Union[Frame, "FrameSlice"]:
         if isinstance(index, slice):
             return FrameSlice(self, range(*index.indices(len(self))))
         with self._lock:
@@ -261,7 +261,7 @@ class Reader:
                 return "<zo_video.Reader, closed>"
             return f"<zo_video.Reader {self.url!r}, {self.width} x {self.height}, {self.fps:g} fps>"
 
-    def _record(self):
+    def _record(self) -> ZoVideoReader:
         """The library's record; the lock is held, so it stays."""
         if self.closed:
             raise NotOpenedError(Status.NOT_OPENED, "the reader is closed")
@@ -271,7 +271,7 @@ class Reader:
         return self._record().frame_count > 0
 
 
-def _position(index, count: int) -> int:
+def _position(index: "SupportsIndex", count: int) -> int:
     position = operator.index(index)
     if position < 0:
         position += count
@@ -296,12 +296,12 @@ class FrameSlice(Sequence[Frame]):
         return len(self._indices)
 
     @overload
-    def __getitem__(self, index: int) -> Frame: ...
+    def __getitem__(self, index: SupportsIndex) -> Frame: ...
 
     @overload
     def __getitem__(self, index: slice) -> "FrameSlice": ...
 
-    def __getitem__(self, index):
+    def __getitem__(self, index: Union[SupportsIndex, slice]) -> Union[Frame, "FrameSlice"]:
         if isinstance(index, slice):
             return FrameSlice(self._reader, self._indices[index])
         return self._reader[self._indices[index]]

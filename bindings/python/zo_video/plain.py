@@ -1,11 +1,20 @@
-"""The shared library: its records and functions, as ctypes sees them."""
+"""The library's plain functions and records as ctypes sees them, by the names that they have in C.
+
+For what the package has no method for. Nothing here keeps a program from misusing memory: the rules are those of the
+C headers.
+
+    library = plain.library()
+    p_frame = plain.FramePointer()
+    library.call(library.zoFrame_create, ctypes.byref(p_frame))     # raises where the status is not 0
+    library.zoFrame_release(ctypes.byref(p_frame))
+"""
 from __future__ import annotations
 
 import ctypes
 import ctypes.util
 import os
 import threading
-from typing import TYPE_CHECKING, Any, Optional
+from typing import TYPE_CHECKING, Any, List, Optional, Tuple
 
 from ._errors import error_for
 from ._version import VERSION
@@ -14,10 +23,26 @@ MESSAGE_SIZE = 4096
 
 
 class ZoSize(ctypes.Structure):
+    """Width and height in pixels."""
+
+    width: int
+    height: int
+
     _fields_ = [("width", ctypes.c_int), ("height", ctypes.c_int)]
 
 
 class ZoFrame(ctypes.Structure):
+    """A frame: its pixels and what they are."""
+
+    p_handle: Optional[int]
+    format: int
+    width: int
+    height: int
+    plane_count: int
+    p_planes: "ctypes.Array[ctypes.c_void_p]"
+    strides: "ctypes.Array[ctypes.c_uint]"
+    timestamp: int
+
     _fields_ = [
         ("p_handle", ctypes.c_void_p),
         ("format", ctypes.c_int),
@@ -31,6 +56,19 @@ class ZoFrame(ctypes.Structure):
 
 
 class ZoVideoReader(ctypes.Structure):
+    """An open clip, and the position in it."""
+
+    p_handle: Optional[int]
+    url: bytes
+    timestamp: int
+    format: int
+    width: int
+    height: int
+    frame_count: int
+    frame_index: int
+    fps: float
+    rotation: int
+
     _fields_ = [
         ("p_handle", ctypes.c_void_p),
         ("url", ctypes.c_char_p),
@@ -88,7 +126,7 @@ class Library:
         # One message buffer for each thread: it is read after the call.
         self._messages = threading.local()
 
-    def _prepare(self, name: str, arguments) -> None:
+    def _prepare(self, name: str, arguments: Tuple[Any, ...]) -> None:
         function = getattr(self._library, name)
         function.argtypes = arguments
         function.restype = ctypes.c_int
@@ -98,7 +136,7 @@ class Library:
 
         def __getattr__(self, name: str) -> Any: ...
 
-    def call(self, function, *arguments) -> None:
+    def call(self, function: Any, *arguments: Any) -> None:
         """Calls one of the functions with a message buffer; a failure becomes an exception."""
         try:
             message = self._messages.buffer
@@ -113,7 +151,7 @@ _lock = threading.Lock()
 _library: Optional[Library] = None
 
 
-def _candidates():
+def _candidates() -> List[str]:
     named = os.environ.get("ZO_VIDEO_LIBRARY")
     if named:
         return [named]
