@@ -4,6 +4,7 @@
 #include <cstring>
 
 extern "C" {
+#include <libavutil/avstring.h>
 #include <libavutil/avutil.h>
 #include <libavutil/channel_layout.h>
 }
@@ -48,18 +49,26 @@ bool hasFirstDts() {
 
 int64_t firstDts(const AVStream* p_stream) {
 #if LIBAVFORMAT_VERSION_MAJOR < 59
-  return p_stream->first_dts;
+  // Where the first packet has no decoding time, the field tells that of a later one. The right one cannot
+  // lie behind the first presentation time.
+  const bool of_a_later_packet = p_stream->first_dts != AV_NOPTS_VALUE &&
+                                 p_stream->start_time != AV_NOPTS_VALUE &&
+                                 p_stream->first_dts > p_stream->start_time;
+  return of_a_later_packet ? p_stream->start_time : p_stream->first_dts;
 #else
   static_cast<void>(p_stream);
   return AV_NOPTS_VALUE;
 #endif
 }
 
-const char* renamedSocketTimeoutOption() {
+const char* renamedSocketTimeoutOption(const char* url) {
 #if LIBAVFORMAT_VERSION_MAJOR < 59
+  static_cast<void>(url);
   return nullptr;
 #else
-  return "timeout";
+  const bool is_rtsp = av_strstart(url, "rtsp:", nullptr) != 0 || av_strstart(url, "rtsps:", nullptr) != 0 ||
+                       av_strstart(url, "satip:", nullptr) != 0;
+  return is_rtsp ? "timeout" : nullptr;
 #endif
 }
 

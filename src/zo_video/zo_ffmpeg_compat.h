@@ -29,8 +29,9 @@ bool hasFirstDts();
 int64_t firstDts(const AVStream* p_stream);
 
 /// The option that bounds socket waits in the RTSP demuxer where "stimeout" is no longer known; null where it
-/// still is.
-const char* renamedSocketTimeoutOption();
+/// still is, and for addresses that are not that demuxer's: others take the new name for something else (RTMP
+/// would then wait for a caller instead of calling).
+const char* renamedSocketTimeoutOption(const char* url);
 
 // For writing media, which only the tests do.
 

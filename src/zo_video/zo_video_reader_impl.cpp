@@ -192,7 +192,7 @@ bool VideoReader::Impl::_openInput(const char* url) {
   char budget_us[32];
   std::snprintf(budget_us, sizeof(budget_us), "%lli", static_cast<long long>(_timeout_ms) * 1000);
   setOption(p_options, "stimeout", budget_us);
-  const char* p_new_name = renamedSocketTimeoutOption();
+  const char* p_new_name = renamedSocketTimeoutOption(url);
   if (p_new_name != nullptr && _timeout_ms >= 0) {
     setOption(p_options, p_new_name, budget_us);
   }

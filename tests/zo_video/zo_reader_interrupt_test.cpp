@@ -125,7 +125,7 @@ TEST_P(SilentServer, NamesOtherExceptionsOfTheQuery) {
   expectNotOpen(reader);
 }
 
-INSTANTIATE_TEST_SUITE_P(Protocols, SilentServer, testing::Values("http", "rtsp", "tcp"),
+INSTANTIATE_TEST_SUITE_P(Protocols, SilentServer, testing::Values("http", "rtmp", "rtsp", "tcp"),
                          [](const auto& test_case) { return std::string(test_case.param); });
 
 // ---- Local files poll as well
