@@ -32,8 +32,13 @@ std::size_t sortLastTimestamp(std::vector<unsigned>& timestamps);
 /// sorted at the end instead, with the same result.
 class PacketIndexBuilder {
  public:
+  /// Words passed by insertions until they have cost too much: far more than the reordering of any real
+  /// stream.
+  static constexpr uint64_t STEP_LIMIT = uint64_t{1} << 26;
+
   /// Appends to `words`, which is empty and outlives the builder.
-  explicit PacketIndexBuilder(std::vector<unsigned>& words) : _words(words) {}
+  explicit PacketIndexBuilder(std::vector<unsigned>& words, uint64_t step_limit = STEP_LIMIT)
+      : _words(words), _step_limit(step_limit) {}
 
   /// @param relative_time  Not negative. Only the low 31 bits fit; what lies above runs into the key flag.
   void add(int64_t relative_time, bool key) {
@@ -54,7 +59,7 @@ class PacketIndexBuilder {
 
   std::vector<unsigned>& _words;
   uint64_t _steps = 0;
-  uint64_t _step_limit = uint64_t{1} << 26;  // far more than the reordering of any real stream costs
+  uint64_t _step_limit;
   bool _deferred = false;
 };
 

@@ -4,6 +4,7 @@
 
 #include "zo_test_clip.h"
 #include "zo_test_compare.h"
+#include "zo_test_effort.h"
 #include "zo_test_exception.h"
 #include "zo_test_files.h"
 #include "zo_test_names.h"

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "zo_test_effort.h"
 #include "zo_test_files.h"
 #include "zo_test_names.h"
 
@@ -223,7 +224,7 @@ TEST_F(NavigationCacheFile, AcceptsExactlyWhatFormattedExtractionAcceptsOfRandom
   const std::string numbers = "0123456789012345678901234567894294967296\n\n\n  \t\r";
   const std::string alphabet = numbers + std::string("+-+-a.,\0\x80", 9);
   std::mt19937 random(20260101);
-  for (int i = 0; i < 100000; ++i) {
+  for (std::size_t i = repetitions(100000, 4000); i != 0; --i) {
     std::string text;
     for (std::size_t left = random() % 40; left != 0; --left) {
       // Mostly numbers, so that lists get long.

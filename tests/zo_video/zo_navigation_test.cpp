@@ -151,6 +151,7 @@ void expectJumpsGiveTheSequence(Reader& reader, const std::vector<SeenFrame>& se
   std::size_t differences = 0;
   long long before = -1;
   const std::vector<long long> indices = order.indices(count);
+  most_jumps = repetitions(most_jumps, std::min<std::size_t>(most_jumps, 11));
   const std::size_t stride = (indices.size() + most_jumps - 1) / most_jumps;
   for (std::size_t jump = 0; jump < indices.size(); jump += stride) {
     const long long index = indices[jump];

@@ -75,7 +75,7 @@ const std::vector<JumpOrder>& jumpOrders();
 
 /// Jumps through `reader` in that order and compares every frame with `sequence`, which the same file gave
 /// when it was read from start to end. Stops at the first few differences.
-/// @param most_jumps  Of a longer order, this many are taken.
+/// @param most_jumps  Of a longer order, this many are taken; in an emulator fewer.
 void expectJumpsGiveTheSequence(Reader& reader, const std::vector<SeenFrame>& sequence,
                                 const JumpOrder& order, Pixels pixels = Pixels::WHOLE,
                                 std::size_t most_jumps = 1000);

@@ -32,6 +32,16 @@ bool arrivesExactly(const std::string& pixel_format) {
   return false;
 }
 
+// The figures were made with FFmpeg 5. Others may tell another rate of a still image, and conceal damage in
+// another way.
+bool figuresAreOfThisFfmpeg() {
+  return avcodec_version() >> 16 == 59;
+}
+
+bool isDamaged(const json& reference) {
+  return reference["note"].get<std::string>().find("damaged") != std::string::npos;
+}
+
 AVRational rationalOf(const std::string& text) {
   const std::size_t slash = text.find('/');
   return AVRational{std::stoi(text), std::stoi(text.substr(slash + 1))};
@@ -57,7 +67,8 @@ class RealClips : public testing::TestWithParam<json> {
       return;
     }
     ASSERT_TRUE(test::samePixels(bare.pictures[index], delivery.frame)) << "picture " << index;
-    if (reference["pictures_stable"] && index < reference["picture_md5"].size()) {
+    const bool same_digests = figuresAreOfThisFfmpeg() || !isDamaged(reference);
+    if (same_digests && reference["pictures_stable"] && index < reference["picture_md5"].size()) {
       ASSERT_EQ(reference["picture_md5"][index].get<std::string>(),
                 test::md5Hex(test::packedBytes(delivery.frame)))
           << "picture " << index;
@@ -77,7 +88,9 @@ TEST_P(RealClips, AreToldAboutAsTheyAre) {
   ASSERT_EQ(0, test::openPlainly(reader, path()));
   EXPECT_EQ(Size(reference["width"], reference["height"]), reader.size());
   const AVRational rate = rationalOf(reference["avg_frame_rate"]);
-  EXPECT_DOUBLE_EQ(static_cast<double>(rate.num) / rate.den, reader.fps());
+  if (figuresAreOfThisFfmpeg() || reference["pictures"] > 1) {
+    EXPECT_DOUBLE_EQ(static_cast<double>(rate.num) / rate.den, reader.fps());
+  }
   // Printed counter-clockwise in -180 to 180; the reader tells clockwise.
   const int counter_clockwise = reference["rotation"].is_null() ? 0 : reference["rotation"].get<int>();
   const int clockwise = ((-counter_clockwise % 360) + 360) % 360;
