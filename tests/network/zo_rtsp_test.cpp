@@ -63,8 +63,11 @@ TEST_F(Rtsp, DeliversPicturesWithRisingTimes) {
     ASSERT_TRUE(got_frame);
     if (frame.initialized()) {
       ++pictures;
-      EXPECT_GT(frame.timestamp(), time_before);
-      time_before = frame.timestamp();
+      // FFmpeg 4 guesses the first time, before the server has told how its clock runs.
+      if (pictures > 1) {
+        EXPECT_GT(frame.timestamp(), time_before);
+        time_before = frame.timestamp();
+      }
       EXPECT_GT(paintedNumber(frame), last_number);
       last_number = paintedNumber(frame);
     }
