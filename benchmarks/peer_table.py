@@ -28,7 +28,7 @@ def tables(text):
 
 
 def span(values):
-    values = [float(value) for value in values if value]
+    values = [float(value.strip("*")) for value in values if value]
     if not values:
         return "-"
     low, high = "%.2f" % min(values), "%.2f" % max(values)

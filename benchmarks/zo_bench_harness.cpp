@@ -1,10 +1,15 @@
 #include "zo_bench_harness.h"
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <exception>
+#include <stdexcept>
 
 #if __has_include(<valgrind/callgrind.h>)
 #include <valgrind/callgrind.h>
@@ -17,11 +22,13 @@ namespace bench {
 namespace {
 
 // A turn that is shorter than this is repeated, so that the clock's grain does not count.
-constexpr double SHORTEST_TURN_SECONDS = 0.08;
-constexpr double LONG_TURN_SECONDS = 0.3;
-// Jobs that take long have fewer rounds, but not fewer than this.
+constexpr double SHORTEST_TURN_SECONDS = 0.02;
+constexpr double LONG_TURN_SECONDS = 0.3;  // a first pass so long need not be done again
+// Jobs that take long have fewer rounds, but not fewer than this; short ones have more.
 constexpr double LONG_JOB_SECONDS = 20;
 constexpr int FEWEST_ROUNDS = 3;
+constexpr double SHORT_JOB_SECONDS = 8;
+constexpr int MORE_ROUNDS = 8;  // times as many at most
 constexpr int MOST_REPETITIONS = 20000;
 
 double now(clockid_t clock) {
@@ -56,43 +63,111 @@ std::vector<double> ratios(const std::vector<double>& values, const std::vector<
   return result;
 }
 
-void takeTurn(const Contender& contender, Course& course) {
-  Stopwatch watch;
-  for (int i = 0; i < course.repetitions; ++i) {
+struct Turn {
+  double cpu = 0;
+  double wall = 0;
+};
+
+void runSlices(const Contender& contender, int slices, Stopwatch& watch) {
+  for (int i = 0; i < slices; ++i) {
     contender.run(watch);
   }
-  course.cpu.push_back(watch.cpuSeconds() / course.repetitions);
-  course.wall.push_back(watch.wallSeconds() / course.repetitions);
+}
+
+Turn measure(const Contender& contender, int slices, int repetitions) {
+  Stopwatch watch;
+  runSlices(contender, slices * repetitions, watch);
+  return {watch.cpuSeconds() / repetitions, watch.wallSeconds() / repetitions};
+}
+
+// A copy of this process does it and tells the result through a pipe.
+Turn measureApart(const Contender& contender, int repetitions) {
+  int ends[2];
+  if (pipe(ends) != 0) {
+    throw std::runtime_error("cannot make a pipe");
+  }
+  std::fflush(stdout);
+  const pid_t child = fork();
+  if (child < 0) {
+    throw std::runtime_error("cannot start a process");
+  }
+  if (child == 0) {
+    bool told = false;
+    try {
+      const Turn turn = measure(contender, 1, repetitions);
+      told = write(ends[1], &turn, sizeof(turn)) == static_cast<ssize_t>(sizeof(turn));
+    } catch (const std::exception& exception) {
+      std::fprintf(stderr, "zo_bench: %s: %s\n", contender.name.c_str(), exception.what());
+    }
+    _exit(told ? 0 : 1);
+  }
+  close(ends[1]);
+  Turn turn;
+  const bool told = read(ends[0], &turn, sizeof(turn)) == static_cast<ssize_t>(sizeof(turn));
+  close(ends[0]);
+  waitpid(child, nullptr, 0);
+  if (!told) {
+    throw std::runtime_error("a measuring process failed");
+  }
+  return turn;
+}
+
+// Every contender does the job once, or as often as its turn repeats it.
+void takeTurns(const Job& job, Place place, const std::vector<Contender>& contenders, std::size_t round,
+               std::vector<Course>& courses) {
+  bool repeated = false;
+  for (Course& course : courses) {
+    course.cpu.push_back(0);
+    course.wall.push_back(0);
+    repeated = repeated || course.repetitions > 1;
+  }
+  const int cuts = repeated ? 1 : job.slices;
+  for (int cut = 0; cut < cuts; ++cut) {
+    for (std::size_t i = 0; i < contenders.size(); ++i) {
+      const std::size_t next = (i + round + static_cast<std::size_t>(cut)) % contenders.size();
+      const Turn turn = place == Place::APART
+                            ? measureApart(contenders[next], courses[next].repetitions)
+                            : measure(contenders[next], job.slices / cuts, courses[next].repetitions);
+      courses[next].cpu.back() += turn.cpu;
+      courses[next].wall.back() += turn.wall;
+    }
+  }
 }
 
 // A first pass warms caches, checks the results and tells how often a turn has to repeat the job.
-void warmUp(const Contender& contender, Course& course, bool repeat) {
-  const double start = now(CLOCK_PROCESS_CPUTIME_ID);
-  Stopwatch watch;
-  watch.arm(repeat);
-  if (contender.wrong) {
-    course.wrong = contender.wrong();
+void warmUp(const Contender& contender, const Job& job, Place place, Course& course, bool repeat) {
+  double once;
+  if (place == Place::APART) {
+    once = measureApart(contender, 1).cpu;
   } else {
-    contender.run(watch);
+    const double start = now(CLOCK_PROCESS_CPUTIME_ID);
+    Stopwatch watch;
+    watch.arm(repeat);
+    if (contender.wrong) {
+      course.wrong = contender.wrong();
+    } else {
+      runSlices(contender, job.slices, watch);
+    }
+    if (!repeat || now(CLOCK_PROCESS_CPUTIME_ID) - start > LONG_TURN_SECONDS) {
+      return;
+    }
+    watch.reset();
+    runSlices(contender, job.slices, watch);
+    once = watch.cpuSeconds();
   }
-  if (!repeat || now(CLOCK_PROCESS_CPUTIME_ID) - start > LONG_TURN_SECONDS) {
-    return;
-  }
-  watch.reset();
-  contender.run(watch);
-  const double once = watch.cpuSeconds();
   const double times = once > 0 ? SHORTEST_TURN_SECONDS / once : MOST_REPETITIONS;
   course.repetitions = 1 + static_cast<int>(std::min<double>(times, MOST_REPETITIONS));
 }
 
-void printCourse(const Contender& contender, const Course& course, const Course& basis, bool first) {
+void printCourse(const Contender& contender, const Course& course, const Course& basis, const Course& ours,
+                 bool first) {
   const std::vector<double> against = ratios(course.cpu, basis.cpu);
   std::printf(
       "%s{\"name\": \"%s\", \"cpu_ms\": %.6g, \"wall_ms\": %.6g, \"ratio\": %.5f, \"low\": %.5f, "
-      "\"high\": %.5f, \"wrong\": %lld}",
+      "\"high\": %.5f, \"ours\": %.5f, \"wrong\": %lld}",
       first ? "" : ", ", contender.name.c_str(), quantile(course.cpu, 0.5) * 1e3,
       quantile(course.wall, 0.5) * 1e3, quantile(against, 0.5), quantile(against, 0.25),
-      quantile(against, 0.75), course.wrong);
+      quantile(against, 0.75), quantile(ratios(ours.cpu, course.cpu), 0.5), course.wrong);
 }
 
 void runJob(const Job& job, const Options& options) {
@@ -106,32 +181,41 @@ void runJob(const Job& job, const Options& options) {
     return;
   }
   std::vector<Course> courses(contenders.size());
+  const Place place = options.once ? Place::SHARED : job.place;
   if (options.peak) {
     Stopwatch watch;
     for (const Contender& contender : contenders) {
-      contender.run(watch);
+      runSlices(contender, job.slices, watch);
     }
     return;
   }
   for (std::size_t i = 0; i < contenders.size(); ++i) {
-    warmUp(contenders[i], courses[i], !options.once);
+    warmUp(contenders[i], job, place, courses[i], !options.once);
   }
   const int rounds = options.once ? 1 : options.rounds;
-  const double start = now(CLOCK_PROCESS_CPUTIME_ID);
+  double spent = 0;
   int round = 0;
-  for (; round < rounds; ++round) {
-    if (round >= FEWEST_ROUNDS && now(CLOCK_PROCESS_CPUTIME_ID) - start > LONG_JOB_SECONDS) {
-      break;
+  const auto enough = [&] {
+    if (options.once || options.rounds < FEWEST_ROUNDS) {
+      return round >= rounds;
     }
-    for (std::size_t i = 0; i < contenders.size(); ++i) {
-      const std::size_t turn = (i + static_cast<std::size_t>(round)) % contenders.size();
-      takeTurn(contenders[turn], courses[turn]);
+    return round < rounds ? round >= FEWEST_ROUNDS && spent > LONG_JOB_SECONDS
+                          : round >= MORE_ROUNDS * rounds || spent > SHORT_JOB_SECONDS;
+  };
+  for (; !enough(); ++round) {
+    takeTurns(job, place, contenders, static_cast<std::size_t>(round), courses);
+    for (const Course& course : courses) {
+      spent += course.cpu.back() * course.repetitions;
     }
   }
   std::printf("{\"group\": \"%s\", \"job\": \"%s\", \"rounds\": %d, \"contenders\": [", job.group.c_str(),
               job.name.c_str(), round);
+  std::size_t ours = 0;
+  while (ours + 1 < contenders.size() && contenders[ours].name != "ours") {
+    ++ours;
+  }
   for (std::size_t i = 0; i < contenders.size(); ++i) {
-    printCourse(contenders[i], courses[i], courses[0], i == 0);
+    printCourse(contenders[i], courses[i], courses[0], courses[ours], i == 0);
   }
   std::printf("]}\n");
   std::fflush(stdout);

@@ -29,7 +29,8 @@ class Stopwatch {
   double _wall_start = 0;
 };
 
-/// One way of doing a job. It does all of the job once, with the watch running where it counts.
+/// One way of doing a job. Run as often as the job has slices it does all of it once, with the watch running
+/// where it counts.
 struct Contender {
   std::string name;  // the first contender of a job is what the others are measured against
   std::function<void(Stopwatch&)> run;
@@ -37,11 +38,21 @@ struct Contender {
   std::function<long long()> wrong = nullptr;
 };
 
+/// Where the contenders of a job are measured.
+enum class Place {
+  SHARED,  // all in one process, turn by turn
+  APART    // every turn in a process of its own, so that nobody works in a heap that others have left behind
+};
+
 struct Job {
   std::string group;
   std::string name;
   /// Opens what the job needs. Called only when the job is really done.
   std::function<std::vector<Contender>()> prepare;
+  Place place = Place::SHARED;
+  /// Contenders take turns slice by slice. What else the machine does changes within seconds, so turns that
+  /// take long are cut.
+  int slices = 1;
 };
 
 using Jobs = std::vector<Job>;

@@ -5,6 +5,10 @@
 #include <stdexcept>
 #include <vector>
 
+extern "C" {
+#include <libavutil/log.h>
+}
+
 #include "zo_bench_bare.h"
 #include "zo_bench_peers.h"
 
@@ -20,6 +24,7 @@ class OpenCvReader : public PeerReader {
     if (!_capture.open(path, cv::CAP_FFMPEG)) {
       throw std::runtime_error("OpenCV cannot open " + path);
     }
+    av_log_set_level(AV_LOG_QUIET);  // opening has raised it, and writing lines costs time
   }
 
   bool next() override { return _capture.read(_image); }

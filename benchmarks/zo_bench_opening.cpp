@@ -37,7 +37,8 @@ void addOpeningJobs(Jobs& jobs, const std::string& clips) {
   for (const char* p_name :
        {"open_10min.mp4", "open_10min.mkv", "open_2h.mp4", "open_2h.mkv", "sequential_h264.mp4"}) {
     const std::string path = clips + "/" + p_name;
-    jobs.push_back({"open, fresh index", p_name, [=] {
+    jobs.push_back({"open, fresh index", p_name,
+                    [=] {
                       std::vector<Contender> contenders = {
                           {"bare", [=](Stopwatch& watch) { passBare(path, watch); }},
                           {"ours", [=](Stopwatch& watch) { open(path, false, watch); }}};
@@ -49,16 +50,19 @@ void addOpeningJobs(Jobs& jobs, const std::string& clips) {
                                               }});
                       }
                       return contenders;
-                    }});
+                    },
+                    Place::APART});
   }
   for (const char* p_name : {"open_10min.mp4", "open_10min.mkv", "open_2h.mp4", "open_2h.mkv"}) {
     const std::string path = clips + "/" + p_name;
-    jobs.push_back({"open, saved index", p_name, [=]() -> std::vector<Contender> {
+    jobs.push_back({"open, saved index", p_name,
+                    [=]() -> std::vector<Contender> {
                       VideoReader().open(path.c_str(), -1, nullptr, true, false, true);  // leaves the file
                       return {{"fresh index", [=](Stopwatch& watch) { open(path, false, watch); }},
                               {"ours", [=](Stopwatch& watch) { open(path, true, watch); }},
                               {"bare open", [=](Stopwatch& watch) { openOnlyBare(path, watch); }}};
-                    }});
+                    },
+                    Place::APART});
   }
 }
 

@@ -97,64 +97,141 @@ uint64_t loadWord(const char* p_text) {
   return word;
 }
 
-// How many of the word's bytes, from the first one on, are digits.
-unsigned leadingDigits(uint64_t word) {
-  // A digit has 3 in its upper half, and still has when 6 is added. Carries only go into later bytes.
-  const uint64_t other = ((word & everyByte(0xF0)) ^ everyByte(0x30)) |
-                         (((word + everyByte(0x06)) & everyByte(0xF0)) ^ everyByte(0x30));
-  return other == 0 ? 8 : static_cast<unsigned>(__builtin_ctzll(other)) / 8;
+// The digits of a word's characters, each in its byte; anything else becomes 10 or more.
+uint64_t digitValues(uint64_t word) {
+  return word ^ everyByte('0');
+}
+
+// A bit 7 for every byte that is no digit. Carries out of such bytes may add some to the bytes behind them.
+uint64_t notDigits(uint64_t values) {
+  return (values | (values + everyByte(0x80 - 10))) & everyByte(0x80);
 }
 
 // The number that 8 digits make: neighbours are joined to pairs, pairs to fours, fours to the whole.
-unsigned eightDigits(uint64_t word) {
-  word = (word & everyByte(0x0F)) * (1 + (10U << 8)) >> 8;
-  word = (word & 0x00FF00FF00FF00FFU) * (1 + (uint64_t{100} << 16)) >> 16;
-  return static_cast<unsigned>((word & 0x0000FFFF0000FFFFU) * (1 + (uint64_t{10000} << 32)) >> 32);
+unsigned eightDigits(uint64_t values) {
+  values = values * (1 + (10U << 8)) >> 8;
+  values = (values & 0x00FF00FF00FF00FFU) * (1 + (uint64_t{100} << 16)) >> 16;
+  return static_cast<unsigned>((values & 0x0000FFFF0000FFFFU) * (1 + (uint64_t{10000} << 32)) >> 32);
 }
 
-// Takes entries as they are written, up to 10 digits and a line feed each, eight bytes at a time; stops in
-// front of the first one that looks otherwise or lies too near to the end. Returns how far it came.
-const char* parsePlainEntries(const char* p_text, const char* p_end, std::vector<unsigned>& words) {
-  while (FIRST_BYTE_LOWEST && p_end - p_text >= 16) {
-    const uint64_t word = loadWord(p_text);
-    const unsigned digits = leadingDigits(word);
-    uint64_t value;
-    const char* p_separator;
-    if (digits == 8) {
-      value = eightDigits(word);
-      const unsigned more = leadingDigits(loadWord(p_text + 8));
-      if (more > 2) {
+constexpr std::size_t MOST_DIGITS = LONGEST_ENTRY - 1;
+constexpr std::size_t WORDS_AT_A_TIME = 512;
+
+// Takes entries as they are written, a number of up to 10 digits and a line feed each, eight bytes at a time.
+// Neighbours are mostly of the same length. Expecting that, the place of the next entry is known before this
+// one has been looked at, and the processor can work on several of them at once.
+class PlainEntries {
+ public:
+  explicit PlainEntries(std::vector<unsigned>& words) : _words(words) {}
+
+  /// Stops in front of the first entry that looks otherwise or lies too near to the end. Returns how far it
+  /// came.
+  const char* parse(const char* p_text, const char* p_end) {
+    while (FIRST_BYTE_LOWEST && p_end - p_text >= LOOKED_AT) {
+      const char* const p_run = p_text;
+      p_text = parseRun(p_text, p_end - LOOKED_AT);
+      if (p_text > p_end - LOOKED_AT) {
         break;
       }
-      p_separator = p_text + 8 + more;
-      for (const char* p_digit = p_text + 8; p_digit != p_separator; ++p_digit) {
-        value = value * 10 + static_cast<unsigned>(*p_digit - '0');
+      const std::size_t digits = digitsBeforeLineFeed(p_text);
+      if (digits == 0) {
+        break;
       }
-    } else if (digits != 0) {
-      value = eightDigits(word << (64 - 8 * digits));  // zeros in front
-      p_separator = p_text + digits;
-    } else {
-      break;
+      // A single one among many of another length does not change what is expected.
+      if (p_text == p_run && digits != _digits) {
+        _digits = digits;
+      } else if (const char* p_next = parseOne(p_text, digits)) {
+        p_text = p_next;
+      } else {
+        break;
+      }
     }
-    if (*p_separator != '\n' || value > UINT32_MAX) {
-      break;
-    }
-    words.push_back(static_cast<unsigned>(value));
-    p_text = p_separator + 1;
+    return p_text;
   }
-  return p_text;
-}
+
+ private:
+  static constexpr std::ptrdiff_t LOOKED_AT = 16;  // bytes of an entry and behind it
+
+  // 0 when there is no such number.
+  static std::size_t digitsBeforeLineFeed(const char* p_text) {
+    std::size_t digits = 0;
+    while (digits < MOST_DIGITS && isDigit(p_text[digits])) {
+      ++digits;
+    }
+    return p_text[digits] == '\n' ? digits : 0;
+  }
+
+  const char* parseOne(const char* p_text, std::size_t digits) {
+    uint64_t value = 0;
+    for (std::size_t i = 0; i < digits; ++i) {
+      value = value * 10 + static_cast<unsigned>(p_text[i] - '0');
+    }
+    if (value > UINT32_MAX) {
+      return nullptr;
+    }
+    _words.push_back(static_cast<unsigned>(value));
+    return p_text + digits + 1;
+  }
+
+  // Entries of the expected length that begin at or before p_last.
+  const char* parseRun(const char* p_text, const char* p_last) {
+    switch (_digits) {
+      case MOST_DIGITS:
+        return parseRunOf<2>(p_text, p_last);
+      case MOST_DIGITS - 1:
+        return parseRunOf<1>(p_text, p_last);
+      default:
+        return parseRunOf<0>(p_text, p_last);
+    }
+  }
+
+  // The first LEADING digits are looked at one by one, the others as a word. Shorter numbers are moved to the
+  // word's end and get zeros in front.
+  template <std::size_t LEADING>
+  const char* parseRunOf(const char* p_text, const char* p_last) {
+    const std::size_t digits = _digits;
+    const std::size_t shift = LEADING > 0 ? 0 : 64 - 8 * digits;
+    const uint64_t zeros = shift == 0 ? 0 : everyByte('0') >> (64 - shift);
+    std::array<unsigned, WORDS_AT_A_TIME> found;
+    std::size_t count = 0;
+    while (p_text <= p_last) {
+      const uint64_t values = digitValues((loadWord(p_text + LEADING) << shift) | zeros);
+      uint64_t value = 0;
+      bool good = (notDigits(values) == 0) & (p_text[digits] == '\n');
+      for (std::size_t i = 0; i < LEADING; ++i) {
+        const unsigned digit = static_cast<unsigned char>(p_text[i]) - unsigned{'0'};
+        good &= digit < 10;
+        value = value * 10 + digit;
+      }
+      value = value * 100000000 + eightDigits(values);
+      if (!good || value > UINT32_MAX) {
+        break;
+      }
+      found[count++] = static_cast<unsigned>(value);
+      p_text += digits + 1;
+      if (count == found.size()) {
+        _words.insert(_words.end(), found.begin(), found.end());
+        count = 0;
+      }
+    }
+    _words.insert(_words.end(), found.data(), found.data() + count);
+    return p_text;
+  }
+
+  std::vector<unsigned>& _words;
+  std::size_t _digits = MOST_DIGITS;
+};
 
 // Takes the text byte by byte, across block borders.
 class NumberParser {
  public:
-  explicit NumberParser(std::vector<unsigned>& words) : _words(words) {}
+  explicit NumberParser(std::vector<unsigned>& words) : _words(words), _plain_entries(words) {}
 
   /// False once the list has ended.
   bool parse(const char* p_text, std::size_t size) {
     for (const char* const p_end = p_text + size; p_text != p_end; ++p_text) {
       if (!_has_digits && !_has_sign) {
-        p_text = parsePlainEntries(p_text, p_end, _words);
+        p_text = _plain_entries.parse(p_text, p_end);
         if (p_text == p_end) {
           break;
         }
@@ -199,6 +276,7 @@ class NumberParser {
   }
 
   std::vector<unsigned>& _words;
+  PlainEntries _plain_entries;
   uint64_t _value = 0;
   bool _has_digits = false;
   bool _has_sign = false;
@@ -242,10 +320,13 @@ CacheLoad loadNavigationCache(const std::string& path, std::vector<unsigned>& wo
       return CacheLoad::LOADED;
     }
     if (!reserved) {
-      // The rest will look like the beginning.
+      // The rest will look like the beginning. Room that nearly suffices was made by somebody who knows
+      // better.
       const uint64_t blocks = file.size() / static_cast<uint64_t>(count) + 1;
       const uint64_t expected = words.size() * blocks;
-      words.reserve(static_cast<std::size_t>(std::min(expected, MOST_WORDS_RESERVED)));
+      if (expected > words.capacity() + words.capacity() / 4) {
+        words.reserve(static_cast<std::size_t>(std::min(expected, MOST_WORDS_RESERVED)));
+      }
       reserved = true;
     }
   }

@@ -9,6 +9,11 @@ bool earlier(unsigned a, unsigned b) {
   return packetTime(a) < packetTime(b);
 }
 
+// Rounding to coarse ticks makes steps differ a little; a missing frame makes one twice as long.
+bool samePace(unsigned shortest, unsigned longest) {
+  return uint64_t{2} * longest < uint64_t{3} * shortest;
+}
+
 }  // namespace
 
 std::size_t sortLastTimestamp(std::vector<unsigned>& timestamps) {
@@ -97,8 +102,18 @@ bool evenlySpaced(const std::vector<unsigned>& words, long long key_index, long 
     shortest = std::min(shortest, step);
     longest = std::max(longest, step);
   }
-  // Rounding to coarse ticks makes steps differ a little; a missing frame makes one twice as long.
-  return uint64_t{2} * longest < uint64_t{3} * shortest;
+  return samePace(shortest, longest);
+}
+
+bool paceChangesOften(const std::vector<unsigned>& words) {
+  constexpr std::size_t OFTEN = 8;  // once in so many steps; a lost packet makes two changes
+  std::size_t changes = 0;
+  for (std::size_t i = 2; i < words.size(); ++i) {
+    const unsigned before = packetTime(words[i - 1]) - packetTime(words[i - 2]);
+    const unsigned step = packetTime(words[i]) - packetTime(words[i - 1]);
+    changes += samePace(std::min(before, step), std::max(before, step)) ? 0 : 1;
+  }
+  return changes > words.size() / OFTEN;
 }
 
 }  // namespace zo

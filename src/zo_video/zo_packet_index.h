@@ -83,6 +83,9 @@ long long keyIndexAtOrBefore(const std::vector<unsigned>& words, long long index
 /// follow one another at an even pace. A hole may be a lost packet.
 bool evenlySpaced(const std::vector<unsigned>& words, long long key_index, long long index);
 
+/// True when frames change their pace throughout: the rate is variable, and a hole says nothing.
+bool paceChangesOften(const std::vector<unsigned>& words);
+
 }  // namespace zo
 
 #endif

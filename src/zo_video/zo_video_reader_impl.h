@@ -68,6 +68,8 @@ class VideoReader::Impl {
     UNKNOWN    // the packet's time is not in the index
   };
 
+  enum class Rate { UNKNOWN, CONSTANT, VARIABLE };
+
   enum class Decoded { REACHED, STREAM_ENDED, DAMAGED };
 
   // Lifecycle and decoding.
@@ -75,7 +77,7 @@ class VideoReader::Impl {
   bool _openInput(const char* url);
   void _openDecoder();
   CodecContextPtr _makeDecoder(const AVCodec* p_decoder, const char* function, const char* separator,
-                               const char* reason) const;
+                               const char* reason);
   int _read(bool& got_frame, IInterruptable* interruptable);
   PacketRead _readVideoPacket();
   int _decodePacket(const AVPacket* p_packet, bool& got_frame);
@@ -95,6 +97,7 @@ class VideoReader::Impl {
 
   // Navigation.
   void _readAllPackets(bool use_navigation_cache);
+  void _reserveIndex();
   void _scanPackets();
   void _findFirstDts();
   void _seekToStart();
@@ -118,6 +121,9 @@ class VideoReader::Impl {
   Landing _improveLanding(long long frame_index, long long key_index);
   Decoded _decodeUpTo(long long frame_index, long long key_index, bool times_identify_pictures);
   bool _maySkipByTime() const;
+  static int _countPicture(AVCodecContext* p_codec, AVFrame* p_frame, int flags);
+  bool _lostPicturesShow();
+  void _lookForLostPictures();
   void _chooseSkipping(PacketRead result);
 
   // Declared in the order of use; closing frees decoder objects before the demuxer.
@@ -153,6 +159,7 @@ class VideoReader::Impl {
 
   double _time_base;              // of the chosen stream, seconds per tick
   IndexOrder _index_order;        // of _packets_ts
+  Rate _rate;                     // looked at when it is needed
   bool _presentation_times;       // every packet met so far told its presentation time
   bool _packet_pending;           // _p_av_packet was read to look at a landing and is still to be decoded
   bool _position_from_picture;    // the next decoded picture's time tells where a seek has led
@@ -161,6 +168,9 @@ class VideoReader::Impl {
   bool _presentation_seek_fails;  // seeking by presentation time was tried and did no better
   int64_t _skip_before;    // pictures before this time that nothing refers to are left out; or NO_SKIPPING
   bool _may_skip;          // until the stream proves damaged
+  bool _losses_watched;    // pictures are left out although the times have holes
+  int _pictures_begun;     // by the decoder while it took the last packet
+  bool _first_picture;     // since the last seek is still to begin
   bool _pictures_skipped;  // on the way to the wanted picture
   bool _damage_met;        // on the way to the wanted picture
 };

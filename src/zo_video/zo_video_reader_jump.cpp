@@ -68,7 +68,10 @@ void VideoReader::Impl::_jump(long long frame_index, long long key_index) {
     if (landing != Landing::UNUSABLE) {
       const Decoded decoded = _decodeUpTo(frame_index, key_index, landing != Landing::UNKNOWN);
       if (decoded == Decoded::DAMAGED) {
-        _jump(frame_index, key_index);  // once: from now on every picture is decoded
+        // Once: from now on every picture is decoded. What the decoder has learnt about the order of pictures
+        // it learnt from damage.
+        _p_codec_ctx = _makeDecoder(_p_codec_ctx->codec, "moveByIndex", "", "");
+        _jump(frame_index, key_index);
         return;
       }
       // Having come past the frame means that the decoder has no such picture; having met nothing before it
@@ -131,6 +134,7 @@ int VideoReader::Impl::_seekTo(int64_t target, int flags, long long key_index) {
     avcodec_flush_buffers(_p_codec_ctx.get());
     _decoded_index = key_index - 1;
     _position_from_picture = true;
+    _first_picture = true;
   }
   return result;
 }
@@ -203,9 +207,9 @@ VideoReader::Impl::Landing VideoReader::Impl::_improveLanding(long long frame_in
 // Decodes until the wanted picture is held, or a later one when the decoder has none for that index.
 //
 // Pictures before the wanted one that nothing refers to are left out where the index tells every picture by
-// its time and no packet seems to be missing. Decoders conceal damage with whatever picture came before, so
-// should the stream prove damaged on that way, nothing is left out in it any more, and the way has to be gone
-// again.
+// its time and no packet seems to be missing. At a variable rate only the decoder can tell that. Decoders
+// conceal damage with whatever picture came before, so should the stream prove damaged on that way, nothing
+// is left out in it any more, and the way has to be gone again.
 VideoReader::Impl::Decoded VideoReader::Impl::_decodeUpTo(long long frame_index, long long key_index,
                                                           bool times_identify_pictures) {
   _state = STATE_OPEN;
@@ -215,12 +219,17 @@ VideoReader::Impl::Decoded VideoReader::Impl::_decodeUpTo(long long frame_index,
     Impl& reader;
     ~SkippingOff() {
       reader._skip_before = NO_SKIPPING;
+      reader._losses_watched = false;
       reader._p_codec_ctx->skip_frame = AVDISCARD_DEFAULT;
     }
   } skipping_off{*this};
   if (times_identify_pictures && _may_skip && _maySkipByTime() &&
-      _index_order == IndexOrder::STRICT_ASCENDING && evenlySpaced(_packets_ts, key_index, frame_index)) {
-    _skip_before = _getPktTsInBaseTime(frame_index);
+      _index_order == IndexOrder::STRICT_ASCENDING) {
+    const bool even = evenlySpaced(_packets_ts, key_index, frame_index);
+    if (even || _lostPicturesShow()) {
+      _skip_before = _getPktTsInBaseTime(frame_index);
+      _losses_watched = !even;
+    }
   }
   bool ended = false;
   try {
@@ -246,6 +255,32 @@ VideoReader::Impl::Decoded VideoReader::Impl::_decodeUpTo(long long frame_index,
 // that.
 bool VideoReader::Impl::_maySkipByTime() const {
   return _presentation_times || _p_codec_ctx->codec_id == AV_CODEC_ID_MPEG4;
+}
+
+// An H.264 decoder counts the pictures that others refer to, and makes up those that are missing before it
+// decodes the next one. Where it is given all of them and nothing else, each loss shows that way: one packet,
+// more than one picture.
+bool VideoReader::Impl::_lostPicturesShow() {
+  if (_p_codec_ctx->get_buffer2 != &Impl::_countPicture) {
+    return false;
+  }
+  if (_rate == Rate::UNKNOWN) {
+    _rate = paceChangesOften(_packets_ts) ? Rate::VARIABLE : Rate::CONSTANT;
+  }
+  return _rate == Rate::VARIABLE;
+}
+
+int VideoReader::Impl::_countPicture(AVCodecContext* p_codec, AVFrame* p_frame, int flags) {
+  ++static_cast<Impl*>(p_codec->opaque)->_pictures_begun;
+  return avcodec_default_get_buffer2(p_codec, p_frame, flags);
+}
+
+// What came before the first picture after a seek counts as missing to the decoder.
+void VideoReader::Impl::_lookForLostPictures() {
+  if (_losses_watched && !_first_picture && _pictures_begun > 1) {
+    _damage_met = true;
+  }
+  _first_picture = _first_picture && _pictures_begun == 0;
 }
 
 // Called for every packet until the wanted picture's has come.

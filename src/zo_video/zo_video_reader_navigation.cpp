@@ -16,6 +16,7 @@ constexpr char SOURCE_FILE[] = "src/zo_video/zo_video_reader_impl";
 // A container's own frame count is only a hint: more than this is reserved when the packets are really there.
 constexpr uint64_t MOST_WORDS_RESERVED = uint64_t{1} << 20;
 constexpr uint64_t MOST_WORDS = 0x3FFFFFFF;
+constexpr std::size_t LARGEST_SLACK = 32;  // one word for so many is not worth copying the others
 
 }  // namespace
 
@@ -26,24 +27,38 @@ void VideoReader::Impl::_readAllPackets(bool use_navigation_cache) {
     _findFirstDts();
   }
   _seekToStart();
-  if (_frame_count != 0) {
-    const uint64_t count = static_cast<uint64_t>(_frame_count);
-    if (count > MOST_WORDS) {
-      throw std::length_error("vector::reserve");
-    }
-    _packets_ts.reserve(static_cast<std::size_t>(std::min(count, MOST_WORDS_RESERVED)));
-  }
+  _reserveIndex();
   const bool loaded = use_navigation_cache && _loadNavigationCache();
   if (!loaded) {
     _scanPackets();
     _seekToStart();
   }
-  _packets_ts.shrink_to_fit();  // it stays as long as the file is open
+  if (_packets_ts.capacity() - _packets_ts.size() > _packets_ts.size() / LARGEST_SLACK) {
+    _packets_ts.shrink_to_fit();  // it stays as long as the file is open
+  }
   _frame_count = static_cast<int64_t>(_packets_ts.size());
   _index_order = indexOrder(_packets_ts);
   if (use_navigation_cache && !loaded) {
     _saveNavigationCache();
   }
+}
+
+// An index that grows during the scan leaves holes behind, and what packets then take from there and give
+// back costs several per cent of the scan. Where the container does not tell the number of frames, duration
+// and rate do roughly.
+void VideoReader::Impl::_reserveIndex() {
+  uint64_t count = static_cast<uint64_t>(_frame_count);
+  if (count > MOST_WORDS) {
+    throw std::length_error("vector::reserve");
+  }
+  if (count == 0) {
+    const double estimate = _fps * static_cast<double>(_p_format_ctx->duration) / AV_TIME_BASE;
+    if (estimate > 0) {
+      count = static_cast<uint64_t>(std::min(estimate, static_cast<double>(MOST_WORDS_RESERVED)));
+      count += count / (2 * LARGEST_SLACK);
+    }
+  }
+  _packets_ts.reserve(static_cast<std::size_t>(std::min(count, MOST_WORDS_RESERVED)));
 }
 
 void VideoReader::Impl::_scanPackets() {

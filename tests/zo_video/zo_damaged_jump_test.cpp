@@ -204,6 +204,97 @@ INSTANTIATE_TEST_SUITE_P(Untimed, DamagedClips,
                                          DamageCase{"H264Ts", "a.ts", "libx264", partly(0), false}),
                          CaseName());
 
+// One packet lost, each one in turn. Decoders make up for pictures that others refer to, and what they take
+// for that must not be another picture when some have been left out.
+struct LossCase {
+  const char* name;
+  const char* file;
+  const char* codec;
+  std::function<void(ClipOptions&)> change;
+};
+
+void PrintTo(const LossCase& param, std::ostream* p_stream) {
+  *p_stream << param.name;
+}
+
+class OneLostPacket : public testing::TestWithParam<LossCase> {
+ protected:
+  static constexpr int GOP = 14;
+
+  Clip clipWithout(int packet) const {
+    ClipOptions options;
+    options.codec = GetParam().codec;
+    options.width = 64;
+    options.height = 64;
+    options.frames = 3 * GOP;
+    options.gop = GOP;
+    options.b_frames = 3;
+    options.dropped_packets = {packet};
+    GetParam().change(options);
+    return makeClip(_directory.file(GetParam().file), options);
+  }
+
+  // The frame and what is read behind it, in a reader that has met no damage yet.
+  static std::vector<SeenFrame> jumpTo(const std::string& path, long long index, bool every_picture) {
+    Reader reader;
+    openIndexed(reader, path);
+    if (every_picture) {
+      reader.decodeEveryPicture();
+    }
+    reader.moveByIndex(index);
+    std::vector<SeenFrame> frames;
+    for (int i = 0; i < 4 && reader.frameIndex() + 1 < reader.frameCount(); ++i) {
+      frames.push_back(nextFrame(reader));
+    }
+    return frames;
+  }
+
+  TempDir _directory;
+};
+
+TEST_P(OneLostPacket, GivesTheSameFramesWithEveryPictureDecoded) {
+  if (!haveEncoder(GetParam().codec)) {
+    GTEST_SKIP() << "this FFmpeg cannot encode " << GetParam().codec;
+  }
+  for (int lost = GOP - 3; lost < 2 * GOP + 2; ++lost) {
+    const Clip clip = clipWithout(lost);
+    for (long long index = lost - 4; index < lost + GOP && index < 3 * GOP - 1; ++index) {
+      const std::vector<SeenFrame> whole = jumpTo(clip.path, index, true);
+      const std::vector<SeenFrame> skipping = jumpTo(clip.path, index, false);
+      ASSERT_EQ(whole.size(), skipping.size());
+      for (std::size_t i = 0; i < whole.size(); ++i) {
+        ASSERT_TRUE(sameFrame(whole[i], skipping[i]))
+            << "packet " << lost << " lost, jump to " << index << ", frame " << i << " after it";
+      }
+    }
+  }
+}
+
+void constantRate(ClipOptions&) {}
+
+void variableRate(ClipOptions& options) {
+  options.time_base = {1, 1000};
+  options.pts = [](int i) { return int64_t{40} * i + i * 7919 % 31; };
+}
+
+void pyramid(ClipOptions& options) {
+  variableRate(options);
+  options.encoder_options = {{"x264-params", "bframes=5:b-pyramid=normal:b-adapt=0:ref=4"}};
+}
+
+void openGroups(ClipOptions& options) {
+  variableRate(options);
+  options.open_gop = true;
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, OneLostPacket,
+                         testing::Values(LossCase{"H264Mp4", "a.mp4", "libx264", constantRate},
+                                         LossCase{"H264VariableRateMkv", "a.mkv", "libx264", variableRate},
+                                         LossCase{"H264PyramidMkv", "a.mkv", "libx264", pyramid},
+                                         LossCase{"H264OpenGroupsMkv", "a.mkv", "libx264", openGroups},
+                                         LossCase{"Mpeg4Mp4", "a.mp4", "mpeg4", variableRate}),
+                         CaseName());
+
 }  // namespace
 }  // namespace test
 }  // namespace zo

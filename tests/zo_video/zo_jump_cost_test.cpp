@@ -130,6 +130,33 @@ INSTANTIATE_TEST_SUITE_P(Files, JumpCost,
                                          CostCase{"H264BFramesMkv", "a.mkv", "libx264", 2, 1}),
                          CaseName());
 
+// Where times have holes, a decoder that notices lost pictures allows leaving some out all the same.
+TEST(JumpCostAtAVariableRate, IsThatOfThePicturesThatAreReferredTo) {
+  if (!haveEncoder("libx264")) {
+    GTEST_SKIP() << "this FFmpeg cannot encode H.264";
+  }
+  const TempDir directory;
+  ClipOptions options;
+  options.codec = "libx264";
+  options.width = 64;
+  options.height = 64;
+  options.frames = 60;
+  options.gop = 20;
+  options.b_frames = 3;
+  options.time_base = {1, 1000};
+  options.pts = [](int i) { return int64_t{40} * (i + i / 4); };  // every fifth picture is missing
+  Reader reader;
+  openIndexed(reader, makeClip(directory.file("a.mkv"), options).path);
+  ffmpegCalls().reset();
+  for (const int index : {55, 17, 38}) {
+    ffmpegCalls().resetCounts();
+    reader.moveByIndex(index);
+    EXPECT_GE(ffmpegCalls().packets_sent - ffmpegCalls().packets_decoded_without_skipping, 6)
+        << "to " << index;
+    EXPECT_EQ(index, nextFrame(reader).number);
+  }
+}
+
 // Pictures that the decoder never gives must not make every jump there walk back through the file.
 TEST(JumpCostOfMissingPictures, IsBounded) {
   const TempDir directory;

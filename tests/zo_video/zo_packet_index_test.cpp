@@ -289,6 +289,33 @@ TEST(EvenlySpaced, StopsAtTheEndOfTheList) {
   EXPECT_NO_THROW(static_cast<void>(evenlySpaced({KEY | 0}, 0, 0)));
 }
 
+Words wordsWithSteps(const std::vector<unsigned>& steps, int times) {
+  Words words = {KEY | 0};
+  for (int i = 0; i < times; ++i) {
+    for (const unsigned step : steps) {
+      words.push_back(packetTime(words.back()) + step);
+    }
+  }
+  return words;
+}
+
+TEST(PaceChangesOften, SeesAVariableRateButNotAFewHolesOrRounding) {
+  EXPECT_TRUE(paceChangesOften(wordsWithSteps({40, 40, 40, 80}, 20)));
+  EXPECT_TRUE(paceChangesOften(wordsWithSteps({10, 50, 90, 20, 70}, 20)));
+  EXPECT_FALSE(paceChangesOften(wordsWithSteps({40}, 100)));
+  EXPECT_FALSE(paceChangesOften(wordsWithSteps({33, 34, 33}, 30)));
+  Words two_lost = wordsWithSteps({40}, 60);
+  two_lost.erase(two_lost.begin() + 40);
+  two_lost.erase(two_lost.begin() + 20);
+  EXPECT_FALSE(paceChangesOften(two_lost));
+}
+
+TEST(PaceChangesOften, SaysNoOfListsWithoutTwoSteps) {
+  EXPECT_FALSE(paceChangesOften({}));
+  EXPECT_FALSE(paceChangesOften({KEY | 0}));
+  EXPECT_FALSE(paceChangesOften({KEY | 0, 40}));
+}
+
 }  // namespace
 }  // namespace test
 }  // namespace zo
