@@ -56,9 +56,9 @@ ZO_VIDEO_API void imageSave(const std::string& path, const Frame& frame, int qua
 /// and .ppm. What the file really holds is told by its content. Alpha is dropped.
 /// @return A new frame, never null. Its pixels live exactly as long as it: use Frame::copyTo() for a copy
 ///         that has to outlive it.
-/// @throws zo::Exception  ZO_STATUS_INTERNAL_ERROR: the path is empty. ZO_STATUS_NOT_SUPPORTED: the
-/// extension.
-///                        ZO_STATUS_CODEC_ERROR "Failed to encode JPEG frame": no such file, or not an image.
+/// @throws zo::Exception  ZO_STATUS_INTERNAL_ERROR: the path is empty. ZO_STATUS_NOT_SUPPORTED: another
+///                        extension. ZO_STATUS_CODEC_ERROR "Failed to encode JPEG frame": no such file, or
+///                        not an image.
 ZO_VIDEO_API std::shared_ptr<Frame> imageLoad(const std::string& path);
 
 /// Compresses a GRAY8, RGB24, BGR24, I420 or NV12 frame to JPEG; colour is 4:2:0 up to quality 90 and, for

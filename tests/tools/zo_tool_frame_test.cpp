@@ -28,7 +28,7 @@ TEST(ToolFrameErrorTest, IndexBehindTheLastIsOutOfRange) {
   TempDir directory;
   const std::string clip = makeToolClip(directory, "clip.mp4", toolClipOptions(5));
   const ToolRun run = runTool({"frame", clip, "--index", "5", "--out", directory.file("frame.png")});
-  EXPECT_TRUE(failedWith(run, "ZO_STATUS_OUT_OF_RANGE", 5, "5"));
+  EXPECT_TRUE(failedWith(run, "ZO_STATUS_OUT_OF_RANGE", 5, "there is no frame 5: '" + clip + "' has 5,"));
   EXPECT_EQ(std::vector<std::string>{"clip.mp4"}, zo::test::filesIn(directory.path()));
 }
 

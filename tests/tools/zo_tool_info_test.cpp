@@ -100,8 +100,11 @@ TEST(ToolInfoTest, SoundOnlyIsADecoderError) {
   ClipOptions options = toolClipOptions(10);
   options.video = false;
   options.audio = true;
-  EXPECT_TRUE(failedWith(runTool({"info", makeToolClip(directory, "sound.mkv", options)}),
-                         "ZO_STATUS_DECODER_ERROR", 27, "Stream not found"));
+  const std::string sound = makeToolClip(directory, "sound.mkv", options);
+  const ToolRun run = runTool({"info", sound});
+  EXPECT_TRUE(
+      failedWith(run, "ZO_STATUS_DECODER_ERROR", 27, "'" + sound + "' has no video that can be decoded"));
+  EXPECT_TRUE(failedWith(run, "ZO_STATUS_DECODER_ERROR", 27, "Stream not found"));
 }
 
 TEST(ToolInfoTest, SilentServerIsATimeoutWhenOneIsAskedFor) {

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "zo_jump_clips.h"
 #include "zo_navigation_test.h"
 
 extern "C" {
@@ -31,27 +32,15 @@ void PrintTo(const DamageCase& param, std::ostream* p_stream) {
   *p_stream << param.name;
 }
 
-class DamagedClips : public testing::TestWithParam<DamageCase> {
+class DamagedClips : public JumpClips<DamageCase> {
  protected:
   void SetUp() override {
-    const DamageCase& param = GetParam();
-    if (!haveEncoder(param.codec)) {
-      GTEST_SKIP() << "this FFmpeg cannot encode " << param.codec;
-    }
-    ClipOptions options;
-    options.codec = param.codec;
-    options.width = 64;
-    options.height = 64;
-    options.frames = 46;
-    options.gop = 12;
-    param.change(options);
-    _clip = makeClip(_directory.file(param.file), options);
-    if (options.dropped_packets.empty() && options.skipped_packets == 0) {
-      for (const int packet : options.corrupted_packets) {
+    JumpClips::SetUp();
+    if (!IsSkipped() && _options.dropped_packets.empty() && _options.skipped_packets == 0) {
+      for (const int packet : _options.corrupted_packets) {
         _corrupted_times.insert(_clip.packets[static_cast<std::size_t>(packet)].pts);
       }
     }
-    ffmpegCalls().reset();
   }
 
   // What the file gives when it is read from start to end. Decoders conceal damage with whatever they decoded
@@ -83,8 +72,6 @@ class DamagedClips : public testing::TestWithParam<DamageCase> {
     return sequence;
   }
 
-  TempDir _directory;
-  Clip _clip;
   std::set<int64_t> _corrupted_times;
 };
 

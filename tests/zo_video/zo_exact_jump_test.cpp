@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 
+#include "zo_jump_clips.h"
 #include "zo_navigation_test.h"
 
 namespace zo {
@@ -21,31 +22,7 @@ void PrintTo(const ClipCase& param, std::ostream* p_stream) {
   *p_stream << param.name;
 }
 
-class ExactJumps : public testing::TestWithParam<ClipCase> {
- protected:
-  void SetUp() override {
-    const ClipCase& param = GetParam();
-    if (!haveEncoder(param.codec)) {
-      GTEST_SKIP() << "this FFmpeg cannot encode " << param.codec;
-    }
-    ClipOptions options;
-    options.codec = param.codec;
-    options.width = 64;
-    options.height = 64;
-    options.frames = 46;
-    options.gop = 12;
-    if (param.change) {
-      param.change(options);
-    }
-    _options = options;
-    _clip = makeClip(_directory.file(param.file), options);
-    ffmpegCalls().reset();
-  }
-
-  TempDir _directory;
-  ClipOptions _options;
-  Clip _clip;
-};
+class ExactJumps : public JumpClips<ClipCase> {};
 
 TEST_P(ExactJumps, GiveEveryFrameOfTheSequence) {
   const ReferenceStream reference = decodeReference(_clip.path, false);

@@ -46,8 +46,7 @@ class FrameCommand : public Command {
     source.goTo(_index);
     zo::Frame frame;
     if (!source.read(frame)) {
-      fail(zo::ZO_STATUS_OUT_OF_RANGE, "there is no frame %lld, the video has %lld", _index,
-           source.reader().frameIndex() + 1);
+      source.failOutOfRange(_index, source.reader().frameIndex() + 1);
     }
     if (!frame.initialized()) {
       fail(zo::ZO_STATUS_UNEXPECTED_RESULT, "frame %lld has no picture: the decoder could not produce it",

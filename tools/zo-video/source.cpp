@@ -5,11 +5,23 @@
 
 namespace zo_tool {
 
+void Source::failOutOfRange(long long index, long long count) const {
+  fail(zo::ZO_STATUS_OUT_OF_RANGE, "there is no frame %lld: '%s' has %lld, counted from 0", index,
+       _options.url.c_str(), count);
+}
+
 void Source::openReader(bool navigation, bool cached) {
-  const int result = _reader.open(_options.url.c_str(), _options.timeoutMs(), &_stop_request, navigation,
-                                  _options.skip_errors, cached);
-  if (result != 0) {
-    throw Stopped();
+  try {
+    if (_reader.open(_options.url.c_str(), _options.timeoutMs(), &_stop_request, navigation,
+                     _options.skip_errors, cached) != 0) {
+      throw Stopped();
+    }
+  } catch (const zo::Exception& e) {
+    // The library's text for this one names neither the file nor what is wrong with it.
+    if (e.status() == zo::ZO_STATUS_DECODER_ERROR) {
+      fail(e.status(), "'%s' has no video that can be decoded: %s", _options.url.c_str(), e.what());
+    }
+    throw;
   }
   checkStop();
   _numbered = navigation && _reader.frameCount() > 0;
@@ -55,6 +67,9 @@ bool Source::read(zo::Frame& frame) {
 
 void Source::goTo(long long index) {
   if (_numbered) {
+    if (index >= _reader.frameCount()) {
+      failOutOfRange(index, _reader.frameCount());
+    }
     _reader.moveByIndex(index);
     checkStop();
     return;
@@ -62,8 +77,7 @@ void Source::goTo(long long index) {
   zo::Frame frame;
   while (_reader.frameIndex() < index - 1) {
     if (!read(frame)) {
-      fail(zo::ZO_STATUS_OUT_OF_RANGE, "there is no frame %lld, the video has %lld", index,
-           _reader.frameIndex() + 1);
+      failOutOfRange(index, _reader.frameIndex() + 1);
     }
   }
 }

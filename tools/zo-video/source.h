@@ -36,6 +36,9 @@ class Source {
   /// @throws zo::Exception  ZO_STATUS_OUT_OF_RANGE: the video ends before.
   void goTo(long long index);
 
+  /// Throws ZO_STATUS_OUT_OF_RANGE: the video has only that many frames.
+  [[noreturn]] void failOutOfRange(long long index, long long count) const;
+
   /// Throws unless the frames have numbers: why indexing failed, or ZO_STATUS_NOT_ALLOWED.
   void requireNumbers() const;
 
