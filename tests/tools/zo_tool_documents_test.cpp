@@ -45,6 +45,12 @@ TEST_P(ToolDocumentsTest, CompletionOffersExactlyTheOptions) {
   EXPECT_EQ(optionsIn(zo::test::runTool({GetParam(), "--help"}).out), completionsOf(GetParam()));
 }
 
+TEST(ToolManualTest, IsForThisVersion) {
+  const std::string version = zo::test::runTool({"--version"}).out;  // "zo-video 1.2.3\n"
+  const std::string head = "\"zo_video " + version.substr(9, version.size() - 10) + "\"";
+  EXPECT_NE(std::string::npos, zo::test::readFile(ZO_TOOL_SOURCES "/zo-video.1").find(head)) << head;
+}
+
 INSTANTIATE_TEST_SUITE_P(Commands, ToolDocumentsTest,
                          testing::Values("info", "frames", "frame", "sheet", "index", "verify", "convert",
                                          "bench"),
