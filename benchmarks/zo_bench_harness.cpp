@@ -25,7 +25,8 @@ namespace {
 constexpr double SHORTEST_TURN_SECONDS = 0.02;
 constexpr double LONG_TURN_SECONDS = 0.3;  // a first pass so long need not be done again
 // Jobs that take long have fewer rounds, but not fewer than this; short ones have more.
-constexpr double LONG_JOB_SECONDS = 20;
+constexpr double LONG_JOB_SECONDS = 20;  // for USUAL_ROUNDS; who asks for more rounds gets more time as well
+constexpr int USUAL_ROUNDS = 9;
 constexpr int FEWEST_ROUNDS = 3;
 constexpr double SHORT_JOB_SECONDS = 8;
 constexpr int MORE_ROUNDS = 8;  // times as many at most
@@ -195,11 +196,12 @@ void runJob(const Job& job, const Options& options) {
   const int rounds = options.once ? 1 : options.rounds;
   double spent = 0;
   int round = 0;
+  const double longest = LONG_JOB_SECONDS * std::max(rounds, USUAL_ROUNDS) / USUAL_ROUNDS;
   const auto enough = [&] {
     if (options.once || options.rounds < FEWEST_ROUNDS) {
       return round >= rounds;
     }
-    return round < rounds ? round >= FEWEST_ROUNDS && spent > LONG_JOB_SECONDS
+    return round < rounds ? round >= FEWEST_ROUNDS && spent > longest
                           : round >= MORE_ROUNDS * rounds || spent > SHORT_JOB_SECONDS;
   };
   for (; !enough(); ++round) {
