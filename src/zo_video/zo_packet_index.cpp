@@ -1,6 +1,8 @@
 #include "zo_packet_index.h"
 
 #include <algorithm>
+#include <iterator>
+#include <map>
 
 namespace zo {
 namespace {
@@ -31,30 +33,118 @@ std::size_t sortLastTimestamp(std::vector<unsigned>& timestamps) {
   return last - position;
 }
 
-void PacketIndexBuilder::place(int64_t relative_time) {
-  if (_deferred) {
-    // A time beyond 31 bits stays where it was appended, behind everything that came before it. Sorting later
-    // would move it, so the words are put in order now and insertion goes on as usual.
-    if (relative_time > static_cast<int64_t>(PACKET_TIME_MASK)) {
-      const unsigned word = _words.back();
-      _words.pop_back();
-      finish();
-      _words.push_back(word);
+// The order of words that are not ascending.
+//
+// A word that is added goes behind the last one whose time is not later than its own. Only words with nothing
+// but later ones behind them can be that one. Their times ascend from front to back, so it is looked up.
+class PacketIndexBuilder::LinkedWords {
+ public:
+  /// For words that stand in their order.
+  explicit LinkedWords(const std::vector<unsigned>& words) {
+    for (const unsigned word : words) {
+      append(packetTime(word));
     }
-    return;
   }
-  _steps += sortLastTimestamp(_words);
-  if (_steps > _step_limit) {
-    _step_limit *= 2;
-    _deferred = indexOrder(_words) != IndexOrder::UNORDERED;
+
+  void add(unsigned time, bool at_end) {
+    if (at_end) {
+      append(time);
+      return;
+    }
+    const auto later = _places.upper_bound(time);
+    if (later == _places.end()) {
+      append(time);
+      return;
+    }
+    const std::size_t item = newItem();
+    if (later == _places.begin()) {
+      _next[item] = _first;
+      _first = item;
+    } else {
+      const std::size_t before = std::prev(later)->second;
+      _next[item] = _next[before];
+      _next[before] = item;
+    }
+    _places[time] = item;
+  }
+
+  std::vector<unsigned> inOrder(const std::vector<unsigned>& words) const {
+    std::vector<unsigned> ordered;
+    ordered.reserve(words.size());
+    for (std::size_t item = _first; item != NONE; item = _next[item]) {
+      ordered.push_back(words[item]);
+    }
+    return ordered;
+  }
+
+ private:
+  static constexpr std::size_t NONE = static_cast<std::size_t>(-1);
+
+  std::size_t newItem() {
+    _next.push_back(NONE);
+    return _next.size() - 1;
+  }
+
+  void append(unsigned time) {
+    const std::size_t item = newItem();
+    (_last == NONE ? _first : _next[_last]) = item;
+    _last = item;
+    _places.erase(_places.lower_bound(time), _places.end());
+    _places.emplace_hint(_places.end(), time, item);
+  }
+
+  std::vector<std::size_t> _next;  // an item is a word's place in file order
+  std::size_t _first = NONE;
+  std::size_t _last = NONE;
+  std::map<unsigned, std::size_t> _places;  // by time, the words that another may come behind
+};
+
+PacketIndexBuilder::PacketIndexBuilder(std::vector<unsigned>& words, uint64_t step_limit)
+    : _words(words), _step_limit(step_limit) {}
+
+PacketIndexBuilder::~PacketIndexBuilder() = default;
+
+void PacketIndexBuilder::place(int64_t relative_time) {
+  const bool beyond = relative_time > static_cast<int64_t>(PACKET_TIME_MASK);
+  switch (_mode) {
+    case Mode::INSERTING:
+      _steps += sortLastTimestamp(_words);
+      if (_steps > _step_limit && indexOrder(_words) != IndexOrder::UNORDERED) {
+        _mode = Mode::SORTING;
+      } else if (_steps > _step_limit) {
+        link();
+      }
+      break;
+    case Mode::SORTING:
+      // A time beyond 31 bits stays where it was appended, behind everything that came before it. Sorting
+      // later would move it.
+      if (beyond) {
+        const unsigned word = _words.back();
+        _words.pop_back();
+        finish();
+        _words.push_back(word);
+        link();
+      }
+      break;
+    case Mode::LINKING:
+      _p_linked->add(packetTime(_words.back()), beyond);
+      break;
   }
 }
 
+void PacketIndexBuilder::link() {
+  _p_linked = std::make_unique<LinkedWords>(_words);
+  _mode = Mode::LINKING;
+}
+
 void PacketIndexBuilder::finish() {
-  if (_deferred) {
+  if (_mode == Mode::SORTING) {
     std::stable_sort(_words.begin(), _words.end(), &earlier);
-    _deferred = false;
+  } else if (_mode == Mode::LINKING) {
+    _words = _p_linked->inOrder(_words);
+    _p_linked.reset();
   }
+  _mode = Mode::INSERTING;
 }
 
 IndexOrder indexOrder(const std::vector<unsigned>& words) {

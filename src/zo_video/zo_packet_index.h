@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace zo {
@@ -29,7 +30,8 @@ std::size_t sortLastTimestamp(std::vector<unsigned>& timestamps);
 ///
 /// Packets arrive almost in presentation order, so each one is inserted from the back at little cost. A file
 /// whose times run backwards would make that quadratic: once the insertions have cost too much, the words are
-/// sorted at the end instead, with the same result.
+/// sorted at the end instead, or, where a time beyond 31 bits has left them unordered, put into a linked list
+/// in which every place is found at once. The result is the same.
 class PacketIndexBuilder {
  public:
   /// Words passed by insertions until they have cost too much: far more than the reordering of any real
@@ -37,8 +39,10 @@ class PacketIndexBuilder {
   static constexpr uint64_t STEP_LIMIT = uint64_t{1} << 26;
 
   /// Appends to `words`, which is empty and outlives the builder.
-  explicit PacketIndexBuilder(std::vector<unsigned>& words, uint64_t step_limit = STEP_LIMIT)
-      : _words(words), _step_limit(step_limit) {}
+  explicit PacketIndexBuilder(std::vector<unsigned>& words, uint64_t step_limit = STEP_LIMIT);
+  ~PacketIndexBuilder();
+  PacketIndexBuilder(const PacketIndexBuilder&) = delete;
+  PacketIndexBuilder& operator=(const PacketIndexBuilder&) = delete;
 
   /// @param relative_time  Not negative. Only the low 31 bits fit; what lies above runs into the key flag.
   void add(int64_t relative_time, bool key) {
@@ -46,7 +50,7 @@ class PacketIndexBuilder {
         static_cast<unsigned>(static_cast<uint64_t>(relative_time)) | (key ? PACKET_KEY_FLAG : 0);
     const bool late = !_words.empty() && static_cast<int64_t>(packetTime(_words.back())) > relative_time;
     _words.push_back(word);
-    if (late || _deferred) {
+    if (late || _mode != Mode::INSERTING) {
       place(relative_time);
     }
   }
@@ -55,12 +59,22 @@ class PacketIndexBuilder {
   void finish();
 
  private:
+  class LinkedWords;
+
+  enum class Mode {
+    INSERTING,  // _words are what plain insertion makes of the packets so far
+    SORTING,    // _words are ascending when sorted
+    LINKING     // _words stand in file order; _p_linked knows the real one
+  };
+
   void place(int64_t relative_time);
+  void link();
 
   std::vector<unsigned>& _words;
   uint64_t _steps = 0;
   uint64_t _step_limit;
-  bool _deferred = false;
+  Mode _mode = Mode::INSERTING;
+  std::unique_ptr<LinkedWords> _p_linked;
 };
 
 /// What the words allow.

@@ -179,6 +179,20 @@ INSTANTIATE_TEST_SUITE_P(
         TimesCase{"OnceBeyondThirtyOneBitsAmongDescendingOnes", 3000,
                   [](std::size_t i, std::mt19937_64&) {
                     return i == 2000 ? (int64_t{1} << 31) + 500000 : 1000000 - at(i);
+                  }},
+        TimesCase{"BeyondThirtyOneBitsAndThenDescendingOnes", 2000,
+                  [](std::size_t i, std::mt19937_64&) {
+                    return i == 1 ? (int64_t{1} << 31) + 5 : 1000000 - at(i);
+                  }},
+        TimesCase{"BeyondThirtyOneBitsNowAndThenAmongDescendingPairs", 2500,
+                  [](std::size_t i, std::mt19937_64&) {
+                    const int64_t time = 1000000 - at(i / 2);
+                    return i % 100 == 1 ? (int64_t{1} << 31) + time / 2 : time;
+                  }},
+        TimesCase{"BeyondThirtyOneBitsAndThenRandomOnes", 2500,
+                  [](std::size_t i, std::mt19937_64& random) {
+                    const int64_t time = static_cast<int64_t>(random() % 1000);
+                    return i == 1 || random() % 300 == 0 ? (int64_t{1} << 31) + time : time;
                   }}),
     CaseName());
 
@@ -215,6 +229,42 @@ TEST(PacketIndexBuilder, TakesAMillionPacketsThatRunBackwards) {
   EXPECT_TRUE(ascending(words));
   EXPECT_EQ(1U, words.front());
   EXPECT_EQ(MILLION, words.back());
+}
+
+// The first time beyond 31 bits leaves the words unordered, so that sorting them would not do.
+TEST(PacketIndexBuilder, TakesAMillionPacketsThatRunBackwardsBehindATimeBeyondThirtyOneBits) {
+  Words words;
+  PacketIndexBuilder builder(words);
+  builder.add(2 * at(MILLION), true);
+  builder.add((int64_t{1} << 31) + 1, false);
+  for (std::size_t i = 0; i < MILLION; ++i) {
+    builder.add(at(MILLION) + 1 - at(i), false);
+  }
+  builder.finish();
+  ASSERT_EQ(MILLION + 2, words.size());
+  EXPECT_EQ(KEY | 2 * MILLION, words[0]);
+  EXPECT_EQ(KEY | 1, words[1]);
+  EXPECT_EQ(2U, words[2]);
+  EXPECT_EQ(MILLION + 1, words.back());
+  EXPECT_TRUE(ascending(Words(words.begin() + 1, words.end())));
+}
+
+// Each of them stays where it came; between them the words run backwards.
+TEST(PacketIndexBuilder, TakesAMillionPacketsOfWhichEveryOtherIsBeyondThirtyOneBits) {
+  Words words;
+  PacketIndexBuilder builder(words);
+  for (std::size_t i = 0; i < MILLION / 2; ++i) {
+    builder.add((int64_t{1} << 31) + at(MILLION), true);
+    builder.add(at(MILLION - i), false);
+  }
+  builder.finish();
+  ASSERT_EQ(MILLION, words.size());
+  EXPECT_EQ(MILLION / 2 + 1, words[0]);
+  EXPECT_EQ(MILLION - 1, words[MILLION / 2 - 2]);
+  EXPECT_EQ(KEY | MILLION, words[MILLION / 2 - 1]);
+  EXPECT_EQ(MILLION, words[MILLION / 2]);
+  EXPECT_EQ(KEY | MILLION, words[MILLION / 2 + 1]);
+  EXPECT_EQ(KEY | MILLION, words.back());
 }
 
 // --- Looking up ------------------------------------------------------------------------------------------
