@@ -129,6 +129,25 @@ void Frame::reuse(FrameFormat format, Size size, const DeviceContext&, unsigned 
   FrameMemory* p_memory = fits ? _p_memory : FrameMemory::allocate(block.bytes);
   attach(p_memory, format, size, block.plane_count, block.strides, block.offsets);
   _alignment = alignment;
+  clearSlack(block.bytes);
+}
+
+// Whoever works on pixels in vectors reads what lies beside them, and may let it show. It is not to be what
+// the block's former owner left there.
+void Frame::clearSlack(std::size_t block_bytes) noexcept {
+  const unsigned char* const p_end = _p_memory->base() + block_bytes;
+  for (unsigned i = 0; i < _plane_count; ++i) {
+    const std::size_t row_bytes = planeRowBytes(i);
+    const std::size_t padding = _strides[i] - row_bytes;
+    unsigned char* p_row = _planes[i];
+    for (unsigned row = planeRows(i); row > 1 && padding != 0; --row) {
+      std::memset(p_row + row_bytes, 0, padding);
+      p_row += _strides[i];
+    }
+    unsigned char* const p_behind = _planes[i] + std::size_t{_strides[i]} * (planeRows(i) - 1) + row_bytes;
+    const unsigned char* const p_next = i + 1 < _plane_count ? _planes[i + 1] : p_end;
+    std::memset(p_behind, 0, static_cast<std::size_t>(p_next - p_behind));
+  }
 }
 
 // Memory for the planes of a frame whose format only its maker knows.
@@ -217,6 +236,10 @@ unsigned Frame::planeRowBytes(unsigned index) const noexcept {
 
 unsigned Frame::planeRows(unsigned index) const noexcept {
   return index < _plane_count ? static_cast<unsigned>(planeExtent(_format, _size, index).rows) : 0;
+}
+
+bool Frame::hasSlack() const noexcept {
+  return _plane_count != 0 && !_p_memory->fromOutside();
 }
 
 long long Frame::timestamp() const noexcept {

@@ -1,7 +1,9 @@
 #include "zo_video_converter_impl.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 
 #include "zo_core/zo_exception.h"
 #include "zo_video_helpers.h"
@@ -15,22 +17,6 @@ namespace zo {
 namespace {
 
 constexpr char SOURCE_FILE[] = "src/zo_video/zo_video_converter_impl";
-
-// The plane arguments of one image as the scaler takes them.
-struct ScalerPlanes {
-  uint8_t* data[4];
-  int strides[4];
-};
-
-// The scaler takes sources as pointers to constant bytes itself; one record serves both sides.
-ScalerPlanes planesOf(const Frame& frame) {
-  ScalerPlanes planes;
-  for (unsigned i = 0; i < 4; ++i) {
-    planes.data[i] = const_cast<uint8_t*>(frame.planeData(i));
-    planes.strides[i] = static_cast<int>(frame.planeStride(i));
-  }
-  return planes;
-}
 
 // A picture that already has the wanted format and size is copied row by row. The scaler's own copy loses
 // what its row lengths do not cover: chroma of semi-planar pictures, the last pixel of odd packed 4:2:2 rows.
@@ -118,13 +104,17 @@ void VideoConverter::Impl::convert(const Frame& src, FrameFormat dst_format, Siz
   const int flags = videoConvertorAlgorithmToAvScaleFlags(algorithm);
   prepareScaler(src.size(), src_av_format, dst_size, dst_av_format, flags, FUNCTION);
 
-  const ScalerPlanes src_planes = planesOf(src);
-  const ScalerPlanes dst_planes = planesOf(dst);
+  Frame& target = writable(dst);
+  const ScalerPlanes src_planes = readablePlanes(src);
+  const ScalerPlanes dst_planes = planesOf(target);
   const int rows = sws_scale(_p_sws_ctx.get(), src_planes.data, src_planes.strides, 0, src.size().height,
                              dst_planes.data, dst_planes.strides);
   if (rows != dst_size.height) {
     throw Exception(nullptr, ZO_STATUS_UNEXPECTED_RESULT, FUNCTION, SOURCE_FILE, __LINE__,
                     "sws_scale() returned %d, expected height_dst(%d)", rows, dst_size.height);
+  }
+  if (&target != &dst) {
+    target.copyTo(dst);
   }
   dst.setTimestamp(src.timestamp());
 }
@@ -152,14 +142,62 @@ int VideoConverter::Impl::convertAvFrame(const AVFrame* p_src_frame, AVPixelForm
     src_planes.data[i] = p_src_frame->data[i];
     src_planes.strides[i] = p_src_frame->linesize[i];
   }
-  const ScalerPlanes dst_planes = planesOf(dst);
+  Frame& target = writable(dst);
+  const ScalerPlanes dst_planes = planesOf(target);
   const int rows = sws_scale(_p_sws_ctx.get(), src_planes.data, src_planes.strides, 0, size.height,
                              dst_planes.data, dst_planes.strides);
   if (rows != size.height) {
     throw Exception(nullptr, ZO_STATUS_UNEXPECTED_RESULT, FUNCTION, SOURCE_FILE, __LINE__,
                     "sws_scale() returned %d, expected dst_height(%d)", rows, size.height);
   }
+  if (&target != &dst) {
+    target.setTimestamp(dst.timestamp());
+    target.copyTo(dst);
+  }
   return rows;
+}
+
+// The scaler takes sources as pointers to constant bytes itself; one record serves both sides.
+VideoConverter::Impl::ScalerPlanes VideoConverter::Impl::planesOf(const Frame& frame) {
+  ScalerPlanes planes;
+  for (unsigned i = 0; i < 4; ++i) {
+    planes.data[i] = const_cast<uint8_t*>(frame.planeData(i));
+    planes.strides[i] = static_cast<int>(frame.planeStride(i));
+  }
+  return planes;
+}
+
+// The copy is laid out as the source is, so that the scaler finds the same bytes beside the rows. Of the last
+// one there may be no more than its pixels.
+VideoConverter::Impl::ScalerPlanes VideoConverter::Impl::readablePlanes(const Frame& src) {
+  ScalerPlanes planes = planesOf(src);
+  if (!src.initialized() || src.hasSlack()) {
+    return planes;
+  }
+  constexpr std::size_t SLACK = 512;
+  const unsigned last = src.planeCount() - 1;
+  const unsigned char* const p_first = src.planeData(0);
+  const unsigned char* const p_end = src.planeData(last) +
+                                     std::size_t{src.planeStride(last)} * (src.planeRows(last) - 1) +
+                                     src.planeRowBytes(last);
+  const std::size_t bytes = static_cast<std::size_t>(p_end - p_first);
+  _source_copy.resize(bytes + SLACK);
+  std::memcpy(_source_copy.data(), p_first, bytes);
+  std::memset(_source_copy.data() + bytes, 0, SLACK);
+  for (unsigned i = 0; i <= last; ++i) {
+    planes.data[i] = _source_copy.data() + (src.planeData(i) - p_first);
+  }
+  return planes;
+}
+
+Frame& VideoConverter::Impl::writable(Frame& dst) {
+  if (!dst.initialized() || dst.hasSlack()) {
+    return dst;
+  }
+  _destination_copy.reuse(dst.format(), dst.size(), DeviceContext(), 0);
+  // The scaler does not write every byte of every format: what it leaves stays as it was.
+  dst.copyTo(_destination_copy);
+  return _destination_copy;
 }
 
 }  // namespace zo

@@ -1,6 +1,9 @@
 #ifndef ZO_VIDEO_SRC_ZO_VIDEO_CONVERTER_IMPL_H
 #define ZO_VIDEO_SRC_ZO_VIDEO_CONVERTER_IMPL_H
 
+#include <cstdint>
+#include <vector>
+
 #include "zo_ffmpeg_handles.h"
 #include "zo_video/zo_video_converter.h"
 
@@ -40,8 +43,24 @@ class VideoConverter::Impl {
   void prepareScaler(Size src_size, AVPixelFormat src_format, Size dst_size, AVPixelFormat dst_format,
                      int flags, const char* function);
 
+  // The plane arguments of one image as the scaler takes them.
+  struct ScalerPlanes {
+    uint8_t* data[4];
+    int strides[4];
+  };
+
+  static ScalerPlanes planesOf(const Frame& frame);
+
+  // The scaler reads and writes up to a vector's width beyond rows, also beyond the last one. Memory from
+  // outside may end there: what is in it is read from a copy, and what goes into it is written into a frame
+  // of our own first.
+  ScalerPlanes readablePlanes(const Frame& src);
+  Frame& writable(Frame& dst);
+
   ScalerPtr _p_sws_ctx;
   ScalerKey _scaler_key;
+  std::vector<uint8_t> _source_copy;
+  Frame _destination_copy;
 };
 
 }  // namespace zo

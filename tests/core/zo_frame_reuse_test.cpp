@@ -137,6 +137,61 @@ TEST(FrameReuse, TakesTheMemoryUpAgainWhenTheOtherFrameIsGone) {
   EXPECT_EQ(p_data, frame.planeData(0));
 }
 
+// What lies beside the pixels of a frame, between and behind the rows of a plane of its own memory.
+std::string besideThePixels(const Frame& frame) {
+  std::string bytes;
+  for (unsigned i = 0; i < frame.planeCount(); ++i) {
+    const char* p_row = reinterpret_cast<const char*>(frame.planeData(i));
+    for (unsigned row = 0; row < frame.planeRows(i); ++row) {
+      bytes.append(p_row + frame.planeRowBytes(i), frame.planeStride(i) - frame.planeRowBytes(i));
+      p_row += frame.planeStride(i);
+    }
+    bytes.append(p_row, frame.planeStride(i) + 64);
+  }
+  return bytes;
+}
+
+class BesideThePixels : public testing::TestWithParam<FrameFormat> {};
+
+TEST_P(BesideThePixels, NothingIsLeftOfWhatTheMemoryHeldBefore) {
+  Frame frame;
+  frame.reuse(ZO_FRAME_FORMAT_BGR24, Size(100, 100), DeviceContext(), 0);
+  test::fillFrame(frame, 0xA5);
+  const unsigned char* p_data = frame.planeData(0);
+  for (const Size size : {Size(33, 17), Size(1, 1), Size(64, 5), Size(21, 3)}) {
+    for (const unsigned alignment : {0U, 1U, 16U}) {
+      frame.reuse(GetParam(), size, DeviceContext(), alignment);
+      ASSERT_EQ(p_data, frame.planeData(0)) << "the same memory";
+      EXPECT_TRUE(frame.hasSlack());
+      const std::string bytes = besideThePixels(frame);
+      EXPECT_EQ(std::string(bytes.size(), '\0'), bytes);
+      test::fillFrame(frame, 0xA5);
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, BesideThePixels,
+                         testing::Values(ZO_FRAME_FORMAT_GRAY8, ZO_FRAME_FORMAT_BGR24,
+                                         ZO_FRAME_FORMAT_YUV420_PLANAR_I420,
+                                         ZO_FRAME_FORMAT_YUV420_SEMIPLANAR_NV12,
+                                         ZO_FRAME_FORMAT_YUV422_PACKED_YUY2, ZO_FRAME_FORMAT_YUV444_PLANAR),
+                         [](const auto& test) { return test::shortName(test.param); });
+
+TEST(FrameSlack, BelongsToFramesThatAllocatedTheirMemory) {
+  Frame frame;
+  EXPECT_FALSE(frame.hasSlack());
+  reuse(frame, ZO_FRAME_FORMAT_GRAY8, Size(4, 4), 0);
+  EXPECT_TRUE(frame.hasSlack());
+  unsigned char pixels[16] = {};
+  const Frame outside(FrameLayout(ZO_FRAME_FORMAT_GRAY8, Size(4, 4), {{4, 0, 0, 0}}), DeviceContext(),
+                      DevicePtr(static_cast<void*>(pixels)));
+  EXPECT_FALSE(outside.hasSlack());
+  outside.copyTo(frame);
+  EXPECT_TRUE(frame.hasSlack());
+  frame.clear();
+  EXPECT_FALSE(frame.hasSlack());
+}
+
 struct HugeCase {
   const char* name;
   FrameFormat format;

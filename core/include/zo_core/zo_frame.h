@@ -101,6 +101,11 @@ class ZO_CORE_API Frame {
   /// Number of rows of a plane; 0 for an index not below planeCount().
   unsigned planeRows(unsigned index) const noexcept;
 
+  /// True when the frame's memory was allocated by it: then the bytes between the rows are nobody else's, and
+  /// at least one row and 64 bytes follow each plane. False for memory from outside, of which nothing but the
+  /// pixels is known, and for a frame without pixels.
+  bool hasSlack() const noexcept;
+
   /// Milliseconds; 0 in a fresh frame.
   long long timestamp() const noexcept;
   /// Sets the time, milliseconds.
@@ -112,6 +117,7 @@ class ZO_CORE_API Frame {
                               const std::array<std::size_t, 4>& offsets) noexcept;
   ZO_CORE_PRIVATE void detach() noexcept;
   ZO_CORE_PRIVATE void allocateLike(const Frame& other);
+  ZO_CORE_PRIVATE void clearSlack(std::size_t block_bytes) noexcept;
 
   FrameFormat _format;
   unsigned _plane_count;  // 0 exactly when no pixel memory is attached
