@@ -5,13 +5,15 @@
 #include <gtest/gtest.h>
 
 #include "zo_ffmpeg_calls.h"
+#include "zo_test_clip_store.h"
 #include "zo_test_support.h"
 
 namespace zo {
 namespace test {
 
-/// Makes the clip of a case: 46 small pictures, a key frame every 12, unless the case changes that.
-/// @tparam Case  Has `file`, `codec` and a function `change` that takes ClipOptions and may be empty.
+/// Makes the clip of a case: 46 small pictures, a key frame every 12, unless the case changes that. Tests
+/// only read it.
+/// @tparam Case  Has `name`, `file`, `codec` and a function `change` that takes ClipOptions and may be empty.
 template <class Case>
 class JumpClips : public testing::TestWithParam<Case> {
  protected:
@@ -28,11 +30,13 @@ class JumpClips : public testing::TestWithParam<Case> {
     if (param.change) {
       param.change(_options);
     }
-    _clip = makeClip(_directory.file(param.file), _options);
+    _clip = _p_clips->clip(param.name, param.file, _options);
     ffmpegCalls().reset();
   }
+  static void SetUpTestSuite() { _p_clips = new ClipStore(); }
+  static void TearDownTestSuite() { delete _p_clips; }
 
-  TempDir _directory;
+  static inline ClipStore* _p_clips = nullptr;
   ClipOptions _options;
   Clip _clip;
 };

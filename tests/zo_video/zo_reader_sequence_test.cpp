@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "zo_reader_steps.h"
+#include "zo_test_clip_store.h"
 #include "zo_test_support.h"
 
 namespace zo {
@@ -34,13 +35,17 @@ class WholeClips : public testing::TestWithParam<SequenceCase> {
     _options.b_frames = param.b_frames;
     _options.open_gop = param.open_gop;
     _options.audio = param.audio;
-    _clip = test::makeClip(_directory.file(param.file), _options);
+    _clip = _p_clips->clip(param.name, param.file, _options);
   }
+  static void SetUpTestSuite() { _p_clips = new test::ClipStore(); }
+  static void TearDownTestSuite() { delete _p_clips; }
 
-  test::TempDir _directory;
+  static test::ClipStore* _p_clips;
   ClipOptions _options;
   test::Clip _clip;
 };
+
+test::ClipStore* WholeClips::_p_clips = nullptr;
 
 TEST_P(WholeClips, DeliverEveryPictureOnceInOrder) {
   VideoReader reader;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "zo_guarded_canvas.h"
+#include "zo_test_effort.h"
 #include "zo_test_exception.h"
 #include "zo_test_names.h"
 #include "zo_test_picture.h"
@@ -238,7 +239,8 @@ struct RandomText {
 TEST(TextDrawing, GivesThePixelsOfAFreshFontForRandomTexts) {
   std::mt19937 random(5);
   TextRule rule;
-  for (int call = 0; call < 3000 && !HasFailure(); ++call) {
+  const std::size_t calls = zo::test::repetitions(3000, 200);
+  for (std::size_t call = 0; call < calls && !HasFailure(); ++call) {
     const RandomText text(random);
     GuardedCanvas expected(text.size);
     for (int y = 0; y < text.size.height; ++y) {
