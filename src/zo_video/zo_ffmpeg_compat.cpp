@@ -61,14 +61,17 @@ int64_t firstDts(const AVStream* p_stream) {
 #endif
 }
 
-const char* renamedSocketTimeoutOption(const char* url) {
+const char* renamedSocketTimeoutOption(const char* url, int64_t timeout_us) {
 #if LIBAVFORMAT_VERSION_MAJOR < 59
   static_cast<void>(url);
+  static_cast<void>(timeout_us);
   return nullptr;
 #else
-  const bool is_rtsp = av_strstart(url, "rtsp:", nullptr) != 0 || av_strstart(url, "rtsps:", nullptr) != 0 ||
-                       av_strstart(url, "satip:", nullptr) != 0;
-  return is_rtsp ? "timeout" : nullptr;
+  if (av_strstart(url, "rtmp", nullptr) != 0) {
+    return nullptr;
+  }
+  const bool is_rtsp = av_strstart(url, "rtsp", nullptr) != 0 || av_strstart(url, "satip:", nullptr) != 0;
+  return is_rtsp || timeout_us <= INT32_MAX ? "timeout" : nullptr;
 #endif
 }
 

@@ -29,9 +29,9 @@ bool hasFirstDts();
 int64_t firstDts(const AVStream* p_stream);
 
 /// The option that bounds socket waits in the RTSP demuxer where "stimeout" is no longer known; null where it
-/// still is, and for addresses that are not that demuxer's: others take the new name for something else (RTMP
-/// would then wait for a caller instead of calling).
-const char* renamedSocketTimeoutOption(const char* url);
+/// still is. Other sources ignore it or take it for the same, but for those where it would do harm, and null
+/// then as well: RTMP would wait for a caller instead of calling, and most refuse more than 31 bits.
+const char* renamedSocketTimeoutOption(const char* url, int64_t timeout_us);
 
 // For writing media, which only the tests do.
 

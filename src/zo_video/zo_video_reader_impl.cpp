@@ -194,12 +194,13 @@ bool VideoReader::Impl::_openInput(const char* url) {
 
   DictionaryPtr p_options;
   setOption(p_options, "rtsp_transport", "tcp");
-  char budget_us[32];
-  std::snprintf(budget_us, sizeof(budget_us), "%lli", static_cast<long long>(_timeout_ms) * 1000);
-  setOption(p_options, "stimeout", budget_us);
-  const char* p_new_name = renamedSocketTimeoutOption(url);
+  const long long budget_us = static_cast<long long>(_timeout_ms) * 1000;
+  char budget_text[32];
+  std::snprintf(budget_text, sizeof(budget_text), "%lli", budget_us);
+  setOption(p_options, "stimeout", budget_text);
+  const char* p_new_name = renamedSocketTimeoutOption(url, budget_us);
   if (p_new_name != nullptr && _timeout_ms >= 0) {
-    setOption(p_options, p_new_name, budget_us);
+    setOption(p_options, p_new_name, budget_text);
   }
 
   _restartBudget();
