@@ -147,7 +147,7 @@ int VideoReader::Impl::open(const char* url, int timeout_ms, IInterruptable* ope
   static const char FUNCTION[] = "open";
   std::string own_url;
   if (url == _url.c_str()) {
-    own_url = url;  // closing would empty it
+    own_url.swap(_url);  // closing would empty it
     url = own_url.c_str();
   }
   close();

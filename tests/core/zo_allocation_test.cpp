@@ -1,70 +1,21 @@
-// What is left behind when memory runs out: this program's operator new fails on request.
+// What is left behind when memory runs out.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
+#include <cstddef>
 #include <new>
 #include <string>
 #include <utility>
 
 #include "zo_core/zo_core.h"
-
-namespace {
-
-bool failing = false;
-
-// Requests fail while this object lives.
-class NoMemory {
- public:
-  NoMemory() { failing = true; }
-  ~NoMemory() { failing = false; }
-};
-
-void* allocate(std::size_t bytes) {
-  void* p_memory = failing ? nullptr : std::malloc(bytes == 0 ? 1 : bytes);
-  if (p_memory == nullptr) {
-    throw std::bad_alloc();
-  }
-  return p_memory;
-}
-
-// EXPECT_THROW allocates for itself.
-template <class Body>
-bool runsOutOfMemory(Body&& body) {
-  const NoMemory no_memory;
-  try {
-    body();
-  } catch (const std::bad_alloc&) {
-    return true;
-  }
-  return false;
-}
-
-}  // namespace
-
-void* operator new(std::size_t bytes) {
-  return allocate(bytes);
-}
-void* operator new[](std::size_t bytes) {
-  return allocate(bytes);
-}
-void operator delete(void* p_memory) noexcept {
-  std::free(p_memory);
-}
-void operator delete[](void* p_memory) noexcept {
-  std::free(p_memory);
-}
-void operator delete(void* p_memory, std::size_t) noexcept {
-  std::free(p_memory);
-}
-void operator delete[](void* p_memory, std::size_t) noexcept {
-  std::free(p_memory);
-}
+#include "zo_failing_memory.h"
 
 namespace zo {
 namespace {
 
+using test::runsOutOfMemory;
+
 TEST(OutOfMemory, IsSimulatedByThisProgram) {
-  EXPECT_TRUE(runsOutOfMemory([] { delete new int(1); }));
+  EXPECT_TRUE(runsOutOfMemory([] { ::operator delete(::operator new(1)); }));
 }
 
 TEST(OutOfMemory, LeavesABufferAsItWas) {

@@ -9,7 +9,8 @@ target_include_directories(zo_navigation_test PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}
 target_link_libraries(zo_navigation_test PUBLIC zo_video_internal zo_test_support PRIVATE zo_warnings)
 foreach(function
     av_read_frame av_seek_frame avcodec_send_packet avcodec_receive_frame avcodec_flush_buffers
-    avcodec_alloc_context3 avcodec_parameters_to_context avcodec_open2)
+    avcodec_alloc_context3 avcodec_parameters_to_context avcodec_open2
+    avformat_alloc_context av_packet_alloc av_frame_alloc)
   target_link_options(zo_navigation_test INTERFACE LINKER:--wrap=${function})
 endforeach()
 
@@ -27,6 +28,7 @@ zo_add_test(zo_move_by_index_test
     zo_jump_cost_test.cpp
     zo_move_by_index_test.cpp
     zo_navigation_cache_reader_test.cpp
+    zo_reader_failure_test.cpp
     zo_reader_files_test.cpp
   LIBS zo_navigation_test)
 

@@ -22,6 +22,9 @@ int __real_av_seek_frame(AVFormatContext* p_format, int stream_index, int64_t ti
 int __real_avcodec_send_packet(AVCodecContext* p_codec, const AVPacket* p_packet);
 int __real_avcodec_receive_frame(AVCodecContext* p_codec, AVFrame* p_frame);
 void __real_avcodec_flush_buffers(AVCodecContext* p_codec);
+AVFormatContext* __real_avformat_alloc_context();
+AVPacket* __real_av_packet_alloc();
+AVFrame* __real_av_frame_alloc();
 AVCodecContext* __real_avcodec_alloc_context3(const AVCodec* p_codec);
 int __real_avcodec_parameters_to_context(AVCodecContext* p_codec, const AVCodecParameters* p_parameters);
 int __real_avcodec_open2(AVCodecContext* p_context, const AVCodec* p_codec, AVDictionary** pp_options);
@@ -31,6 +34,9 @@ int __wrap_av_seek_frame(AVFormatContext* p_format, int stream_index, int64_t ti
 int __wrap_avcodec_send_packet(AVCodecContext* p_codec, const AVPacket* p_packet);
 int __wrap_avcodec_receive_frame(AVCodecContext* p_codec, AVFrame* p_frame);
 void __wrap_avcodec_flush_buffers(AVCodecContext* p_codec);
+AVFormatContext* __wrap_avformat_alloc_context();
+AVPacket* __wrap_av_packet_alloc();
+AVFrame* __wrap_av_frame_alloc();
 AVCodecContext* __wrap_avcodec_alloc_context3(const AVCodec* p_codec);
 int __wrap_avcodec_parameters_to_context(AVCodecContext* p_codec, const AVCodecParameters* p_parameters);
 int __wrap_avcodec_open2(AVCodecContext* p_context, const AVCodec* p_codec, AVDictionary** pp_options);
@@ -82,16 +88,32 @@ int __wrap_avcodec_receive_frame(AVCodecContext* p_codec, AVFrame* p_frame) {
   FfmpegCalls& calls = ffmpegCalls();
   int result = 0;
   if (calls.on_receive && calls.on_receive(result)) {
+    av_frame_unref(p_frame);  // as every call does
     return result;
   }
   result = __real_avcodec_receive_frame(p_codec, p_frame);
   calls.pictures_received += result == 0 ? 1 : 0;
+  if (calls.empty_pictures) {
+    av_frame_unref(p_frame);
+  }
   return result;
 }
 
 void __wrap_avcodec_flush_buffers(AVCodecContext* p_codec) {
   ++ffmpegCalls().flushes;
   __real_avcodec_flush_buffers(p_codec);
+}
+
+AVFormatContext* __wrap_avformat_alloc_context() {
+  return ffmpegCalls().no_format_context ? nullptr : __real_avformat_alloc_context();
+}
+
+AVPacket* __wrap_av_packet_alloc() {
+  return ffmpegCalls().no_packet ? nullptr : __real_av_packet_alloc();
+}
+
+AVFrame* __wrap_av_frame_alloc() {
+  return ffmpegCalls().no_frame ? nullptr : __real_av_frame_alloc();
 }
 
 AVCodecContext* __wrap_avcodec_alloc_context3(const AVCodec* p_codec) {

@@ -36,6 +36,10 @@ struct FfmpegCalls {
   std::function<bool(const Seek& seek, int& result)> on_seek;
   std::function<bool(int& result)> on_send;  ///< not for the packet that drains
   std::function<bool(int& result)> on_receive;
+  bool empty_pictures = false;         ///< avcodec_receive_frame() drops what it puts into its pictures
+  bool no_format_context = false;      ///< avformat_alloc_context() gives null
+  bool no_packet = false;              ///< av_packet_alloc() gives null
+  bool no_frame = false;               ///< av_frame_alloc() gives null
   bool no_decoder_context = false;     ///< avcodec_alloc_context3() gives null
   bool no_decoder_parameters = false;  ///< avcodec_parameters_to_context() fails
   bool no_decoder_open = false;        ///< avcodec_open2() fails

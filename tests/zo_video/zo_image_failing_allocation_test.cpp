@@ -1,68 +1,17 @@
-// Every allocation of the still image functions fails in turn. This program replaces the global allocation
-// functions, which the shared libraries use as well.
+// Every allocation of the still image functions fails in turn.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <memory>
-#include <new>
-#include <stdexcept>
 #include <string>
 
 #include "zo_core/zo_exception.h"
+#include "zo_failing_memory.h"
 #include "zo_test_compare.h"
 #include "zo_test_files.h"
 #include "zo_test_picture.h"
 #include "zo_video/zo_image_io.h"
 #include "zo_video/zo_jpeg_decoder.h"
 #include "zo_video/zo_jpeg_encoder.h"
-
-namespace {
-
-enum class Failure { BAD_ALLOC, STD_EXCEPTION, UNKNOWN };
-
-int allocations_to_go = -1;  // the failing one comes after so many; negative: none fails
-Failure failure = Failure::BAD_ALLOC;
-
-void failWhenDue() {
-  if (allocations_to_go < 0 || allocations_to_go-- > 0) {
-    return;
-  }
-  switch (failure) {
-    case Failure::BAD_ALLOC:
-      throw std::bad_alloc();
-    case Failure::STD_EXCEPTION:
-      throw std::runtime_error("something strange");
-    case Failure::UNKNOWN:
-      throw 42;
-  }
-}
-
-}  // namespace
-
-// Not inlined: the compiler would see malloc() and delete, or new and free(), meet in one function.
-__attribute__((noinline)) void* operator new(std::size_t size) {
-  failWhenDue();
-  void* p_memory = std::malloc(size == 0 ? 1 : size);
-  if (p_memory == nullptr) {
-    throw std::bad_alloc();
-  }
-  return p_memory;
-}
-__attribute__((noinline)) void* operator new[](std::size_t size) {
-  return ::operator new(size);
-}
-__attribute__((noinline)) void operator delete(void* p_memory) noexcept {
-  std::free(p_memory);
-}
-__attribute__((noinline)) void operator delete(void* p_memory, std::size_t) noexcept {
-  std::free(p_memory);
-}
-__attribute__((noinline)) void operator delete[](void* p_memory) noexcept {
-  std::free(p_memory);
-}
-__attribute__((noinline)) void operator delete[](void* p_memory, std::size_t) noexcept {
-  std::free(p_memory);
-}
 
 namespace zo {
 namespace test {
@@ -76,30 +25,28 @@ struct Outcome {
 };
 
 template <class Body>
-Outcome runWithFailure(int n, Failure kind, Body&& body) {
+Outcome runWithFailure(int n, Thrown thrown, Body&& body) {
   Outcome outcome;
-  failure = kind;
-  allocations_to_go = n;
+  MemoryShortage shortage(Requests::OURS, n, false, thrown);
   try {
     body();
-    outcome.complete = allocations_to_go >= 0;
+    outcome.complete = !shortage.met();
   } catch (const Exception& e) {
-    allocations_to_go = -1;
+    shortage.end();
     outcome.error = e;
   } catch (...) {
     outcome.unchanged = true;
   }
-  allocations_to_go = -1;
   return outcome;
 }
 
 // Runs `body` until all of its allocations have failed once; each zo::Exception on the way has that status,
 // line and message. Returns how many came.
 template <class Body>
-int expectWrapped(Failure kind, Status status, int line, const std::string& message, Body&& body) {
+int expectWrapped(Thrown thrown, Status status, int line, const std::string& message, Body&& body) {
   int wrapped = 0;
   for (int n = 0; n < 1000; ++n) {
-    const Outcome outcome = runWithFailure(n, kind, body);
+    const Outcome outcome = runWithFailure(n, thrown, body);
     if (outcome.complete) {
       return wrapped;
     }
@@ -117,7 +64,7 @@ int expectWrapped(Failure kind, Status status, int line, const std::string& mess
 
 struct WrapCase {
   const char* name;
-  Failure failure;
+  Thrown thrown;
   Status status;
   int read_line;
   int write_line;
@@ -134,7 +81,7 @@ class ImageFileFailure : public testing::TestWithParam<WrapCase> {
 TEST_P(ImageFileFailure, WithinReadingIsWrapped) {
   imageWrite(_path, _picture, 90);
   const int wrapped = expectWrapped(
-      GetParam().failure, GetParam().status, GetParam().read_line,
+      GetParam().thrown, GetParam().status, GetParam().read_line,
       "Failure in imageRead(...): failed to read image file '" + _path + "', " + GetParam().text, [&] {
         Frame frame;
         imageRead(_path, frame);
@@ -144,19 +91,19 @@ TEST_P(ImageFileFailure, WithinReadingIsWrapped) {
 
 TEST_P(ImageFileFailure, WithinWritingIsWrapped) {
   const int wrapped = expectWrapped(
-      GetParam().failure, GetParam().status, GetParam().write_line,
+      GetParam().thrown, GetParam().status, GetParam().write_line,
       "Failure in imageWrite(...): failed to write image file '" + _path + "', " + GetParam().text,
       [&] { imageWrite(_path, _picture, 90); });
   EXPECT_GE(wrapped, 2);  // the converted frame and the compressed bytes
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, ImageFileFailure,
-                         testing::Values(WrapCase{"OutOfMemory", Failure::BAD_ALLOC, ZO_STATUS_OUT_OF_MEMORY,
+                         testing::Values(WrapCase{"OutOfMemory", Thrown::BAD_ALLOC, ZO_STATUS_OUT_OF_MEMORY,
                                                   454, 562, "not enough memory to read the image"},
-                                         WrapCase{"OtherStandardException", Failure::STD_EXCEPTION,
+                                         WrapCase{"OtherStandardException", Thrown::STANDARD_EXCEPTION,
                                                   ZO_STATUS_STD_EXCEPTION, 467, 575,
                                                   "caught standard exception: something strange"},
-                                         WrapCase{"AnythingElse", Failure::UNKNOWN, ZO_STATUS_UNKNOWN_ERROR,
+                                         WrapCase{"AnythingElse", Thrown::NUMBER, ZO_STATUS_UNKNOWN_ERROR,
                                                   479, 587, "caught unknown exception."}),
                          [](const auto& i) { return i.param.name; });
 
@@ -165,7 +112,7 @@ template <class Body>
 void expectEachFailurePasses(Body&& body) {
   int failures = 0;
   for (int n = 0; n < 1000; ++n) {
-    const Outcome outcome = runWithFailure(n, Failure::BAD_ALLOC, body);
+    const Outcome outcome = runWithFailure(n, Thrown::BAD_ALLOC, body);
     if (outcome.complete) {
       EXPECT_GT(failures, 0);
       return;
@@ -195,7 +142,7 @@ TEST(FailingAllocation, LeavesTheCodersUsable) {
   for (int n = 0; n < 20; ++n) {
     JpegEncoder encoder;
     Buffer out;
-    runWithFailure(n, Failure::BAD_ALLOC, [&] { encoder.encode(picture, 90, out); });
+    runWithFailure(n, Thrown::BAD_ALLOC, [&] { encoder.encode(picture, 90, out); });
     encoder.encode(picture, 90, out);
     EXPECT_EQ(bytes, std::string(reinterpret_cast<const char*>(out.data()), out.size()));
 
@@ -203,7 +150,7 @@ TEST(FailingAllocation, LeavesTheCodersUsable) {
     Frame frame;
     Frame reference;
     JpegDecoder().decode(out.data(), out.size(), reference);
-    runWithFailure(n, Failure::BAD_ALLOC, [&] { decoder.decode(out.data(), out.size(), frame); });
+    runWithFailure(n, Thrown::BAD_ALLOC, [&] { decoder.decode(out.data(), out.size(), frame); });
     decoder.decode(out.data(), out.size(), frame);
     EXPECT_TRUE(samePixels(reference, frame));
   }

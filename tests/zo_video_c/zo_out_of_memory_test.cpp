@@ -2,71 +2,12 @@
 // the caller's pointers stay as they were.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <limits>
-#include <new>
 #include <string>
 
+#include "zo_failing_memory.h"
 #include "zo_test_support.h"
 #include "zo_video_c/zo_video_c.h"
-
-namespace {
-
-int allocations_left = -1;  // before one fails; negative: none does
-
-void* allocate(std::size_t size) noexcept {
-  if (allocations_left == 0) {
-    allocations_left = -1;
-    return nullptr;
-  }
-  if (allocations_left > 0) {
-    --allocations_left;
-  }
-  return std::malloc(size == 0 ? 1 : size);
-}
-
-void* allocateOrThrow(std::size_t size) {
-  void* p_memory = allocate(size);
-  if (p_memory == nullptr) {
-    throw std::bad_alloc();
-  }
-  return p_memory;
-}
-
-}  // namespace
-
-// NOLINTBEGIN: the whole program allocates through these.
-void* operator new(std::size_t size) {
-  return allocateOrThrow(size);
-}
-void* operator new[](std::size_t size) {
-  return allocateOrThrow(size);
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return allocate(size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  return allocate(size);
-}
-void operator delete(void* p_memory) noexcept {
-  std::free(p_memory);
-}
-void operator delete[](void* p_memory) noexcept {
-  std::free(p_memory);
-}
-void operator delete(void* p_memory, std::size_t) noexcept {
-  std::free(p_memory);
-}
-void operator delete[](void* p_memory, std::size_t) noexcept {
-  std::free(p_memory);
-}
-void operator delete(void* p_memory, const std::nothrow_t&) noexcept {
-  std::free(p_memory);
-}
-void operator delete[](void* p_memory, const std::nothrow_t&) noexcept {
-  std::free(p_memory);
-}
-// NOLINTEND
 
 namespace zo {
 namespace test {
@@ -78,11 +19,9 @@ template <class Call>
 int failEachAllocation(Call&& call) {
   for (int i = 0; i < 10000; ++i) {
     char message[128] = "";
-    allocations_left = i;
+    const MemoryShortage shortage(Requests::OURS, i);
     const int status = call(message, static_cast<unsigned>(sizeof(message)));
-    const bool all_succeeded = allocations_left >= 0;
-    allocations_left = -1;
-    if (all_succeeded) {
+    if (!shortage.met()) {
       EXPECT_EQ(::ZO_STATUS_OK, status) << message;
       return i;
     }
@@ -102,14 +41,6 @@ class OutOfMemory : public testing::Test {
     static const TempDir DIRECTORY;
     static const std::string PATH = makeClip(DIRECTORY.file("clip.mp4"), ClipOptions()).path;
     return PATH;
-  }
-
-  static ZoVideoReader* openReader() {
-    ZoVideoReader* p_reader = nullptr;
-    EXPECT_EQ(::ZO_STATUS_OK,
-              zoVideoReader_create(nullptr, nullptr, clip().c_str(), std::numeric_limits<unsigned>::max(), -1,
-                                   1, 0, 0, &p_reader, nullptr, 0));
-    return p_reader;
   }
 };
 
@@ -160,26 +91,6 @@ TEST_F(OutOfMemory, CreatingAFrameLeavesTheCallersPointer) {
     return status;
   });
   EXPECT_GE(failures, 2) << "record and frame";
-}
-
-TEST_F(OutOfMemory, ReadingAndMovingReportIt) {
-  clip();
-  failEachAllocation([&](char* p_message, unsigned size) {
-    const int left = allocations_left;
-    allocations_left = -1;
-    ZoVideoReader* p_reader = openReader();
-    ZoFrame* p_frame = nullptr;
-    zoFrame_create(&p_frame, nullptr, 0);
-    allocations_left = left;
-    int ready = 0;
-    int status = zoVideoReader_moveByIndex(p_reader, 17, p_message, size);
-    if (status == ::ZO_STATUS_OK) {
-      status = zoVideoReader_read(p_reader, p_frame, &ready, p_message, size);
-    }
-    zoFrame_release(&p_frame);
-    zoVideoReader_release(&p_reader);
-    return status;
-  });
 }
 
 TEST_F(OutOfMemory, HugeSizesAreReportedNotThrown) {
