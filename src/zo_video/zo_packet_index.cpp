@@ -147,17 +147,20 @@ void PacketIndexBuilder::finish() {
   _mode = Mode::INSERTING;
 }
 
+// Looks at every word without leaving early: compilers compare several at a time then.
 IndexOrder indexOrder(const std::vector<unsigned>& words) {
-  bool strict = true;
+  unsigned falls = 0;
+  unsigned repeats = 0;
   for (std::size_t i = 1; i < words.size(); ++i) {
     const unsigned before = packetTime(words[i - 1]);
     const unsigned after = packetTime(words[i]);
-    if (after < before) {
-      return IndexOrder::UNORDERED;
-    }
-    strict = strict && before != after;
+    falls |= after < before ? 1U : 0U;
+    repeats |= after == before ? 1U : 0U;
   }
-  return strict ? IndexOrder::STRICT_ASCENDING : IndexOrder::ASCENDING;
+  if (falls != 0) {
+    return IndexOrder::UNORDERED;
+  }
+  return repeats != 0 ? IndexOrder::ASCENDING : IndexOrder::STRICT_ASCENDING;
 }
 
 long long findPacketTime(const std::vector<unsigned>& words, int64_t relative_time, long long expected) {
