@@ -26,6 +26,7 @@ std::shared_ptr<std::vector<unsigned>> makePackets(std::size_t count) {
 
 std::vector<unsigned> build(const std::vector<unsigned>& packets) {
   std::vector<unsigned> words;
+  words.reserve(packets.size());  // as the reader does
   PacketIndexBuilder builder(words);
   for (const unsigned packet : packets) {
     builder.add(packetTime(packet), isKeyPacket(packet));
