@@ -61,6 +61,17 @@ int64_t firstDts(const AVStream* p_stream) {
 #endif
 }
 
+void flushDecoder(AVCodecContext* p_codec, AVFrame* p_spare) {
+#if LIBAVCODEC_VERSION_MAJOR < 61
+  static_cast<void>(p_spare);
+#else
+  // The HEVC decoder of FFmpeg 7.1 queues finished pictures, and would deliver them after the flush.
+  while (avcodec_receive_frame(p_codec, p_spare) == 0) {
+  }
+#endif
+  avcodec_flush_buffers(p_codec);
+}
+
 const char* renamedSocketTimeoutOption(const char* url, int64_t timeout_us) {
 #if LIBAVFORMAT_VERSION_MAJOR < 59
   static_cast<void>(url);

@@ -28,6 +28,10 @@ bool hasFirstDts();
 /// That field, AV_NOPTS_VALUE where it does not exist.
 int64_t firstDts(const AVStream* p_stream);
 
+/// Makes a decoder forget all that it was given, pictures that it has finished included.
+/// @param p_spare  Loses what it holds.
+void flushDecoder(AVCodecContext* p_codec, AVFrame* p_spare);
+
 /// The option that bounds socket waits in the RTSP demuxer where "stimeout" is no longer known; null where it
 /// still is. Other sources ignore it or take it for the same, but for those where it would do harm, and null
 /// then as well: RTMP would wait for a caller instead of calling, and most refuse more than 31 bits.

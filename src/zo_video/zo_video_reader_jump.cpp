@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "zo_av_error.h"
+#include "zo_ffmpeg_compat.h"
 #include "zo_saturating.h"
 #include "zo_video_reader_impl.h"
 
@@ -131,7 +132,7 @@ int VideoReader::Impl::_seekTo(int64_t target, int flags, long long key_index) {
   }
   const int result = av_seek_frame(_p_format_ctx.get(), _stream_index, target, flags);
   if (result == 0) {
-    avcodec_flush_buffers(_p_codec_ctx.get());
+    flushDecoder(_p_codec_ctx.get(), _p_av_frame.get());
     _decoded_index = key_index - 1;
     _position_from_picture = true;
     _first_picture = true;
