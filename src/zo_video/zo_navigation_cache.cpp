@@ -198,7 +198,7 @@ class PlainEntries {
       const uint64_t values = digitValues((loadWord(p_text + LEADING) << shift) | zeros);
       uint64_t value = 0;
       bool good = (notDigits(values) == 0) & (p_text[digits] == '\n');
-      for (std::size_t i = 0; i < LEADING; ++i) {
+      for (std::size_t i = 0; i != LEADING; ++i) {
         const unsigned digit = static_cast<unsigned char>(p_text[i]) - unsigned{'0'};
         good &= digit < 10;
         value = value * 10 + digit;
