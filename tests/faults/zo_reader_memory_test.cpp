@@ -1,0 +1,227 @@
+// Every request for memory of the reader and of the capture object fails in turn: their own and FFmpeg's.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "zo_fault_trials.h"
+#include "zo_test_support.h"
+#include "zo_video/zo_video_reader.h"
+
+namespace zo {
+namespace test {
+namespace {
+
+constexpr int FRAMES = 6;
+
+// What a failing step of opening and reading is reported as.
+const std::vector<int> READER_STATUSES = {Ending::BAD_ALLOC,    ZO_STATUS_OUT_OF_MEMORY,
+                                          ZO_STATUS_OPEN_ERROR, ZO_STATUS_DECODER_ERROR,
+                                          ZO_STATUS_READ_ERROR, ZO_STATUS_SEEK_ERROR};
+
+struct Kind {
+  const char* name;
+  const char* file;
+  const char* codec;
+};
+
+std::string clipOf(const Kind& kind) {
+  static const TempDir DIRECTORY;
+  const std::string path = DIRECTORY.file(std::string(kind.name) + "-" + kind.file);
+  if (!std::ifstream(path)) {
+    ClipOptions options;
+    options.codec = kind.codec;
+    options.width = 32;
+    options.height = 32;
+    options.frames = FRAMES;
+    options.gop = 3;
+    makeClip(path, options);
+  }
+  return path;
+}
+
+struct Seen {
+  std::uint64_t pixels = 0;
+  long long timestamp = 0;
+  bool operator==(const Seen& other) const { return pixels == other.pixels && timestamp == other.timestamp; }
+};
+using SeenFrames = Notes<Seen, 4 * FRAMES>;
+
+// A reader and what it has delivered.
+struct Session {
+  VideoReader reader;
+  Frame frame;
+  SeenFrames seen;
+
+  bool readOne() {
+    bool got_frame = false;
+    reader.read(frame, got_frame, nullptr);
+    if (got_frame) {
+      seen.add({digest(frame), reader.timestamp()});
+    }
+    return got_frame;
+  }
+  void readOn() {
+    while (readOne()) {
+    }
+  }
+  void jumpAbout() {
+    reader.moveByIndex(FRAMES - 1);
+    readOne();
+    reader.moveByIndex(1);
+    readOn();
+  }
+  void open(const std::string& path, bool indexed, bool cached = false) {
+    ASSERT_EQ(0, reader.open(path.c_str(), -1, nullptr, indexed, false, cached));
+    seen.clear();
+  }
+};
+
+class ReaderMemory : public testing::TestWithParam<std::tuple<Kind, Requests>> {
+ protected:
+  void SetUp() override {
+    if (!haveEncoder(kind().codec)) {
+      GTEST_SKIP() << "no encoder " << kind().codec;
+    }
+    _path = clipOf(kind());
+    Session session;
+    session.open(_path, false);
+    session.readOn();
+    _in_order = session.seen;
+    ASSERT_EQ(std::size_t{FRAMES}, _in_order.size());
+    session.open(_path, true);
+    session.jumpAbout();
+    _jumping = session.seen;
+    ASSERT_EQ(std::size_t{FRAMES}, _jumping.size());
+  }
+
+  static const Kind& kind() { return std::get<0>(GetParam()); }
+  static Requests requests() { return std::get<1>(GetParam()); }
+  static std::vector<int> allowed() {
+    return requests() == Requests::OURS ? std::vector<int>{Ending::BAD_ALLOC} : READER_STATUSES;
+  }
+
+  // FFmpeg may deliver fewer frames, and say nothing, when its own requests fail.
+  static bool opensWithLess() { return requests() == Requests::LIBRARIES; }
+
+  void expectClosed(Session& session) const {
+    EXPECT_EQ(ZO_FRAME_FORMAT_UNDEFINED, session.reader.format());
+    EXPECT_STREQ("", session.reader.url());
+    EXPECT_ZO_EXCEPTION(session.readOne(), ZO_STATUS_NOT_OPENED,
+                        "call VideoReader.open(...) before this operation", "_checkIfGood");
+  }
+
+  void failOpening(const std::string& what, bool indexed, bool cached) {
+    const std::string sidecar = _path + VideoReader::NAVIGATION_FILE_EXTENSION;
+    failEachRequest("no memory: " + what, requests(), allowed(), [&] {
+      const auto p_session = std::make_shared<Session>();
+      const auto open = [=] { p_session->reader.open(_path.c_str(), -1, nullptr, indexed, false, cached); };
+      const auto check = [=](bool reported) {
+        if (reported) {
+          expectClosed(*p_session);
+        }
+        if (reported || opensWithLess()) {
+          p_session->open(_path, indexed, cached);
+        }
+        EXPECT_EQ(indexed ? FRAMES : 0, p_session->reader.frameCount());
+        p_session->readOn();
+        EXPECT_TRUE(_in_order == p_session->seen);
+      };
+      return Trial{open, check};
+    });
+  }
+
+  std::string _path;
+  SeenFrames _in_order;
+  SeenFrames _jumping;
+};
+
+TEST_P(ReaderMemory, FailsWhileOpening) {
+  failOpening("open", false, false);
+}
+
+TEST_P(ReaderMemory, FailsWhileOpeningWithAnIndex) {
+  failOpening("open with index", true, false);
+}
+
+TEST_P(ReaderMemory, FailsWhileLoadingTheNavigationFile) {
+  Session().open(_path, true, true);
+  failOpening("open with navigation file", true, true);
+}
+
+TEST_P(ReaderMemory, FailsWhileOpeningTheSameAgain) {
+  failEachRequest("no memory: open again", requests(), allowed(), [&] {
+    const auto p_session = std::make_shared<Session>();
+    p_session->open(_path, true);
+    const auto open = [=] {
+      p_session->reader.open(p_session->reader.url(), -1, nullptr, true, false, false);
+    };
+    const auto check = [=](bool reported) {
+      if (reported) {
+        expectClosed(*p_session);
+      }
+      if (reported || opensWithLess()) {
+        p_session->open(_path, true);
+      }
+      p_session->readOn();
+      EXPECT_TRUE(_in_order == p_session->seen);
+    };
+    return Trial{open, check};
+  });
+}
+
+TEST_P(ReaderMemory, FailsWhileReading) {
+  failEachRequest("no memory: read", requests(), allowed(), [&] {
+    const auto p_session = std::make_shared<Session>();
+    p_session->open(_path, false);
+    const auto check = [=](bool reported) {
+      if (reported) {
+        EXPECT_NO_THROW(p_session->readOn()) << "the reader goes on";
+      } else if (!opensWithLess()) {
+        EXPECT_TRUE(_in_order == p_session->seen);
+      }
+      p_session->open(_path, false);
+      p_session->readOn();
+      EXPECT_TRUE(_in_order == p_session->seen);
+    };
+    return Trial{[=] { p_session->readOn(); }, check};
+  });
+}
+
+TEST_P(ReaderMemory, FailsWhileJumping) {
+  failEachRequest("no memory: moveByIndex and read", requests(), allowed(), [&] {
+    const auto p_session = std::make_shared<Session>();
+    p_session->open(_path, true);
+    const auto check = [=](bool reported) {
+      if (reported || opensWithLess()) {
+        p_session->open(_path, true);
+        p_session->jumpAbout();
+      }
+      EXPECT_TRUE(_jumping == p_session->seen);
+    };
+    return Trial{[=] { p_session->jumpAbout(); }, check};
+  });
+}
+
+const Kind MP4 = {"mp4", "a.mp4", "mpeg4"};
+const Kind MATROSKA = {"h264", "a.mkv", "libx264"};
+const Kind AVI = {"mjpeg", "a.avi", "mjpeg"};
+
+INSTANTIATE_TEST_SUITE_P(Kinds, ReaderMemory,
+                         testing::Values(std::make_tuple(MP4, Requests::OURS),
+                                         std::make_tuple(MATROSKA, Requests::OURS),
+                                         std::make_tuple(AVI, Requests::OURS),
+                                         std::make_tuple(MP4, Requests::LIBRARIES),
+                                         std::make_tuple(MATROSKA, Requests::LIBRARIES)),
+                         [](const auto& test) {
+                           return std::string(std::get<0>(test.param).name) +
+                                  (std::get<1>(test.param) == Requests::OURS ? "Ours" : "Libraries");
+                         });
+
+}  // namespace
+}  // namespace test
+}  // namespace zo
