@@ -61,6 +61,10 @@ int64_t firstDts(const AVStream* p_stream) {
 #endif
 }
 
+bool decodersQueuePictures() {
+  return LIBAVCODEC_VERSION_MAJOR >= 61;  // HEVC in FFmpeg 7.1
+}
+
 void flushDecoder(AVCodecContext* p_codec, AVFrame* p_spare) {
 #if LIBAVCODEC_VERSION_MAJOR < 61
   static_cast<void>(p_spare);

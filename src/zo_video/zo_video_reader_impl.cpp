@@ -120,6 +120,7 @@ void VideoReader::Impl::_clear() noexcept {
   _index_order = IndexOrder::UNORDERED;
   _rate = Rate::UNKNOWN;
   _presentation_times = true;
+  _pictures_queued = false;
   _packet_pending = false;
   _position_from_picture = false;
   _first_picture_index = -1;
@@ -352,6 +353,11 @@ int VideoReader::Impl::_read(bool& got_frame, IInterruptable* interruptable) {
   }
   InterruptableLoan loan(_p_interruptable, interruptable);
   for (int decoded = 0; decoded == 0;) {
+    if (_pictures_queued) {
+      _pictures_queued = false;
+      decoded = _receivePicture(got_frame);
+      continue;
+    }
     const PacketRead result = _packet_pending ? PacketRead::PACKET : _readVideoPacket();
     if (result == PacketRead::INTERRUPTED) {
       return 1;
@@ -368,6 +374,7 @@ int VideoReader::Impl::_read(bool& got_frame, IInterruptable* interruptable) {
     decoded = _decodePacket(_p_av_packet.get(), got_frame);
   }
   if (got_frame) {
+    _pictures_queued = decodersQueuePictures();
     ++_decoded_index;
     if (_navigation) {
       _correctFrameIndex();
@@ -437,9 +444,16 @@ int VideoReader::Impl::_decodePacket(const AVPacket* p_packet, bool& got_frame) 
     throw Exception(nullptr, ZO_STATUS_READ_ERROR, FUNCTION, SOURCE_FILE, __LINE__,
                     "read frame: avcodec_send_packet() returned error %s", AvErrorText(sent).text());
   }
+  const int got = _receivePicture(got_frame);
+  _lookForLostPictures();
+  return got;
+}
+
+// Its second half; a step by itself where decoders queue pictures.
+int VideoReader::Impl::_receivePicture(bool& got_frame) {
+  static const char FUNCTION[] = "_decodePacket";
   got_frame = false;
   const int received = avcodec_receive_frame(_p_codec_ctx.get(), _p_av_frame.get());
-  _lookForLostPictures();
   if (received == AVERROR_EOF) {
     _setEndOfStream();
     return 1;
@@ -469,6 +483,7 @@ void VideoReader::Impl::_setEndOfStream() {
     // A drained decoder takes no more packets; a fresh one can decode again after a jump.
     _p_codec_ctx = _makeDecoder(_p_codec_ctx->codec, "_setEndOfStream", "", "");
   }
+  _pictures_queued = false;
   _state = STATE_END_OF_STREAM;
   // Before the first picture after a seek the index is only what was hoped for.
   if (!_position_from_picture) {

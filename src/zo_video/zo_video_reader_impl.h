@@ -81,6 +81,7 @@ class VideoReader::Impl {
   int _read(bool& got_frame, IInterruptable* interruptable);
   PacketRead _readVideoPacket();
   int _decodePacket(const AVPacket* p_packet, bool& got_frame);
+  int _receivePicture(bool& got_frame);
   void _copyToOutFrame(Frame& frame);
   void _setEndOfStream();
   bool _endOfStream() const { return _state == STATE_END_OF_STREAM; }
@@ -161,6 +162,7 @@ class VideoReader::Impl {
   IndexOrder _index_order;        // of _packets_ts
   Rate _rate;                     // looked at when it is needed
   bool _presentation_times;       // every packet met so far told its presentation time
+  bool _pictures_queued;          // the decoder may have further pictures without a further packet
   bool _packet_pending;           // _p_av_packet was read to look at a landing and is still to be decoded
   bool _position_from_picture;    // the next decoded picture's time tells where a seek has led
   int64_t _first_picture_index;   // index of the first picture decoded since the last seek

@@ -133,6 +133,7 @@ int VideoReader::Impl::_seekTo(int64_t target, int flags, long long key_index) {
   const int result = av_seek_frame(_p_format_ctx.get(), _stream_index, target, flags);
   if (result == 0) {
     flushDecoder(_p_codec_ctx.get(), _p_av_frame.get());
+    _pictures_queued = false;
     _decoded_index = key_index - 1;
     _position_from_picture = true;
     _first_picture = true;

@@ -71,7 +71,16 @@ void encoderDefaults(ClipOptions& options) {
                              {"x265-params", "log-level=none:pools=none:frame-threads=1:keyint=20"}};
 }
 
-// The same for libx264, with open groups.
+// Closed groups with a pyramid: each key frame lets go of all pictures that still waited for their turn.
+void closedPyramid(ClipOptions& options) {
+  options.b_frames = 8;
+  options.frames = 70;
+  options.encoder_options = {
+      {"preset", "veryfast"},
+      {"x265-params", "log-level=none:pools=none:frame-threads=1:keyint=10:open-gop=0:scenecut=0:bframes=8"}};
+}
+
+// libx264 with a pyramid and open groups.
 void pyramid(ClipOptions& options) {
   options.b_frames = 3;
   options.frames = 70;
@@ -130,6 +139,8 @@ INSTANTIATE_TEST_SUITE_P(Containers, ExactJumps,
                                          ClipCase{"H264BFramesTsWithSound", "a.ts", "libx264", withSound},
                                          ClipCase{"H264BFramesMp4OddRate", "a.mp4", "libx264", oddRate},
                                          ClipCase{"H264BFramesMkvOddRate", "a.mkv", "libx264", oddRate},
+                                         ClipCase{"HevcPyramidMp4", "a.mp4", "libx265", closedPyramid},
+                                         ClipCase{"HevcPyramidTs", "a.ts", "libx265", closedPyramid},
                                          ClipCase{"H264Mp4", "a.mp4", "libx264", nullptr},
                                          ClipCase{"H264Avi", "a.avi", "libx264", nullptr},
                                          ClipCase{"Mpeg4Avi", "a.avi", "mpeg4", nullptr},
