@@ -7,6 +7,7 @@
 #include <unistd.h>
 #include <cstddef>
 
+#include <chrono>
 #include <stdexcept>
 #include <utility>
 
@@ -81,6 +82,13 @@ void StalledServer::serve() {
   for (const int client : clients) {
     ::close(client);
   }
+}
+
+int StalledServer::awaitConnection() const {
+  for (int i = 0; i < 3000 && _connections == 0; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return _connections;
 }
 
 std::string StalledServer::url(const std::string& scheme, const std::string& path) const {

@@ -21,8 +21,11 @@ class StalledServer {
   int port() const { return _port; }
   /// For example url("http", "clip.ts") or url("rtsp", "live").
   std::string url(const std::string& scheme, const std::string& path) const;
-  /// Number of connections so far.
+  /// Number of connections accepted so far. A client may be connected, and gone again, before this server's
+  /// thread comes to accept it.
   int connections() const { return _connections; }
+  /// The same, once there is one, or half a minute has passed.
+  int awaitConnection() const;
 
  private:
   void serve();

@@ -74,7 +74,7 @@ TEST_P(SilentServer, IsGivenUpWhenTheBudgetRunsOut) {
   EXPECT_ZO_EXCEPTION_FROM(SOURCE_FILE, open(reader, _url, 200, nullptr), ZO_STATUS_TIMEOUT, TIMEOUT_MESSAGE,
                            CHECK);
   EXPECT_GE(std::chrono::steady_clock::now() - _start, std::chrono::milliseconds(150));
-  EXPECT_EQ(1, _server.connections());
+  EXPECT_EQ(1, _server.awaitConnection());
   expectNotOpen(reader);
   EXPECT_STREQ("", reader.url());
 }
