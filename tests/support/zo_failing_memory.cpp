@@ -1,8 +1,7 @@
-// The allocation functions of test programs that want memory to run out. The C library's own are found behind
-// them.
+// The allocation functions of test programs that want memory to run out. Behind them are the C library's own,
+// under the names that it has for that: asking dlsym() for them would allocate in older C libraries.
 #include "zo_failing_memory.h"
 
-#include <dlfcn.h>
 #include <malloc.h>
 
 #include <atomic>
@@ -10,6 +9,16 @@
 #include <cstddef>
 #include <cstdlib>
 #include <stdexcept>
+
+#ifdef ZO_TEST_LIBRARIES_CAN_FAIL
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* p_block, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
+void __libc_free(void* p_block);
+}
+#endif
 
 namespace zo {
 namespace test {
@@ -65,18 +74,11 @@ void* refused() {
   return nullptr;
 }
 
-template <class Function>
-Function next(const char* p_name) {
-  return reinterpret_cast<Function>(dlsym(RTLD_NEXT, p_name));
-}
-
 void* plainMalloc(std::size_t size) {
-  static const auto FUNCTION = next<void* (*)(std::size_t)>("malloc");
-  return FUNCTION(size);
+  return __libc_malloc(size);
 }
 void plainFree(void* p_block) {
-  static const auto FUNCTION = next<void (*)(void*)>("free");
-  FUNCTION(p_block);
+  __libc_free(p_block);
 }
 
 #else
@@ -196,17 +198,15 @@ ZO_REPLACEMENT void* malloc(std::size_t size) {
 }
 
 ZO_REPLACEMENT void* calloc(std::size_t count, std::size_t size) {
-  static const auto FUNCTION = next<void* (*)(std::size_t, std::size_t)>("calloc");
-  return fails(Requests::LIBRARIES) ? refused() : taken(FUNCTION(count, size));
+  return fails(Requests::LIBRARIES) ? refused() : taken(__libc_calloc(count, size));
 }
 
 ZO_REPLACEMENT void* realloc(void* p_block, std::size_t size) {
-  static const auto FUNCTION = next<void* (*)(void*, std::size_t)>("realloc");
   if (fails(Requests::LIBRARIES)) {
     return refused();
   }
   givenBack(p_block);
-  void* p_moved = FUNCTION(p_block, size);
+  void* p_moved = __libc_realloc(p_block, size);
   if (p_moved == nullptr && size != 0) {
     taken(p_block);
   }
@@ -214,25 +214,23 @@ ZO_REPLACEMENT void* realloc(void* p_block, std::size_t size) {
 }
 
 ZO_REPLACEMENT int posix_memalign(void** pp_block, std::size_t alignment, std::size_t size) {
-  static const auto FUNCTION = next<int (*)(void**, std::size_t, std::size_t)>("posix_memalign");
-  if (fails(Requests::LIBRARIES)) {
+  if (alignment % sizeof(void*) != 0 || (alignment & (alignment - 1)) != 0 || alignment == 0) {
+    return EINVAL;
+  }
+  void* p_block = fails(Requests::LIBRARIES) ? nullptr : taken(__libc_memalign(alignment, size));
+  if (p_block == nullptr) {
     return ENOMEM;
   }
-  const int result = FUNCTION(pp_block, alignment, size);
-  if (result == 0) {
-    taken(*pp_block);
-  }
-  return result;
+  *pp_block = p_block;
+  return 0;
 }
 
 ZO_REPLACEMENT void* aligned_alloc(std::size_t alignment, std::size_t size) {
-  static const auto FUNCTION = next<void* (*)(std::size_t, std::size_t)>("aligned_alloc");
-  return fails(Requests::LIBRARIES) ? refused() : taken(FUNCTION(alignment, size));
+  return fails(Requests::LIBRARIES) ? refused() : taken(__libc_memalign(alignment, size));
 }
 
 ZO_REPLACEMENT void* memalign(std::size_t alignment, std::size_t size) {
-  static const auto FUNCTION = next<void* (*)(std::size_t, std::size_t)>("memalign");
-  return fails(Requests::LIBRARIES) ? refused() : taken(FUNCTION(alignment, size));
+  return fails(Requests::LIBRARIES) ? refused() : taken(__libc_memalign(alignment, size));
 }
 
 ZO_REPLACEMENT void free(void* p_block) {
