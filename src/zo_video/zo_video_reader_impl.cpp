@@ -122,6 +122,7 @@ void VideoReader::Impl::_clear() noexcept {
   _presentation_times = true;
   _pictures_queued = false;
   _packet_pending = false;
+  _packet_lost = false;
   _position_from_picture = false;
   _first_picture_index = -1;
   _seek_by_presentation = false;
@@ -352,26 +353,31 @@ int VideoReader::Impl::_read(bool& got_frame, IInterruptable* interruptable) {
                     "read frame: video stream was not opened");
   }
   InterruptableLoan loan(_p_interruptable, interruptable);
-  for (int decoded = 0; decoded == 0;) {
-    if (_pictures_queued) {
-      _pictures_queued = false;
-      decoded = _receivePicture(got_frame);
-      continue;
+  try {
+    for (int decoded = 0; decoded == 0;) {
+      if (_pictures_queued) {
+        _pictures_queued = false;
+        decoded = _receivePicture(got_frame);
+        continue;
+      }
+      const PacketRead result = _packet_pending ? PacketRead::PACKET : _readVideoPacket();
+      if (result == PacketRead::INTERRUPTED) {
+        return 1;
+      }
+      PacketContent content(_p_av_packet.get());
+      _packet_pending = false;
+      if (result == PacketRead::PACKET && !_navigation) {
+        _pts_heap.push_back(_packetTimestamp());
+        std::push_heap(_pts_heap.begin(), _pts_heap.end(), std::greater<int64_t>());
+      }
+      if (_skip_before != NO_SKIPPING) {
+        _chooseSkipping(result);
+      }
+      decoded = _decodePacket(_p_av_packet.get(), got_frame);
     }
-    const PacketRead result = _packet_pending ? PacketRead::PACKET : _readVideoPacket();
-    if (result == PacketRead::INTERRUPTED) {
-      return 1;
-    }
-    PacketContent content(_p_av_packet.get());
-    _packet_pending = false;
-    if (result == PacketRead::PACKET && !_navigation) {
-      _pts_heap.push_back(_packetTimestamp());
-      std::push_heap(_pts_heap.begin(), _pts_heap.end(), std::greater<int64_t>());
-    }
-    if (_skip_before != NO_SKIPPING) {
-      _chooseSkipping(result);
-    }
-    decoded = _decodePacket(_p_av_packet.get(), got_frame);
+  } catch (...) {
+    _packet_lost = true;
+    throw;
   }
   if (got_frame) {
     _pictures_queued = decodersQueuePictures();

@@ -164,6 +164,7 @@ class VideoReader::Impl {
   bool _presentation_times;       // every packet met so far told its presentation time
   bool _pictures_queued;          // the decoder may have further pictures without a further packet
   bool _packet_pending;           // _p_av_packet was read to look at a landing and is still to be decoded
+  bool _packet_lost;              // a read has failed: going on from here may miss a picture
   bool _position_from_picture;    // the next decoded picture's time tells where a seek has led
   int64_t _first_picture_index;   // index of the first picture decoded since the last seek
   bool _seek_by_presentation;     // this demuxer takes seek targets as presentation times

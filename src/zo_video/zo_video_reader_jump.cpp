@@ -40,7 +40,7 @@ void VideoReader::Impl::moveByIndex(long long frame_index) {
   }
   _frame_index = frame_index - 1;
 
-  const bool position_known = !_endOfStream() && !_position_from_picture;
+  const bool position_known = !_endOfStream() && !_position_from_picture && !_packet_lost;
   // An interrupted or failed read has given the held picture up.
   const bool holds_picture = _p_av_frame->format != -1;
   if (position_known &&
@@ -134,6 +134,7 @@ int VideoReader::Impl::_seekTo(int64_t target, int flags, long long key_index) {
   if (result == 0) {
     flushDecoder(_p_codec_ctx.get(), _p_av_frame.get());
     _pictures_queued = false;
+    _packet_lost = false;
     _decoded_index = key_index - 1;
     _position_from_picture = true;
     _first_picture = true;
