@@ -77,7 +77,8 @@ void closedPyramid(ClipOptions& options) {
   options.frames = 70;
   options.encoder_options = {
       {"preset", "veryfast"},
-      {"x265-params", "log-level=none:pools=none:frame-threads=1:keyint=10:open-gop=0:scenecut=0:bframes=8"}};
+      {"x265-params",
+       "log-level=none:pools=none:frame-threads=1:keyint=10:open-gop=0:scenecut=0:bframes=8:crf=8"}};
 }
 
 // libx264 with a pyramid and open groups.
