@@ -320,6 +320,19 @@ TEST_F(MoveByIndex, PassesPacketsThatTheDecoderRefusesOn) {
   EXPECT_EQ(26, numberAt(26));
 }
 
+TEST_F(MoveByIndex, ToTheNextFrameSeeksWhenReadingItHasFailed) {
+  openClip();
+  EXPECT_EQ(13, numberAt(13));
+  ffmpegCalls().on_send = [](int& result) {
+    result = AVERROR_INVALIDDATA;
+    return true;
+  };
+  EXPECT_THROW(nextFrame(_reader), Exception);
+  ffmpegCalls().reset();
+  EXPECT_EQ(14, numberAt(14)) << "its packet was lost with the failure";
+  EXPECT_EQ(1U, ffmpegCalls().seeks.size());
+}
+
 TEST_F(MoveByIndex, TakesTheWayOnceMoreWithEveryPictureWhenItMetDamage) {
   openClip();
   int packets_left = 3;
