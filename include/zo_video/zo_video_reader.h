@@ -45,7 +45,8 @@ class ZO_VIDEO_API VideoReader {
   ///
   /// @param url                   Path or URL as FFmpeg knows them; copied. RTSP goes over TCP.
   /// @param timeout_ms            Longest time, in milliseconds, that any single blocking call into the
-  ///                              demuxer may take, at open and in later reads; negative: no limit.
+  ///                              demuxer may take, at open and in later reads; negative: no limit. For RTSP
+  ///                              at most 2147483 with FFmpeg before 5.0, which refuses more.
   /// @param open_interruptable    Polled while opening (and indexing), or null. Not kept.
   /// @param enable_navigation     Build the index that moveByIndex() and frameCount() need: one pass over the
   ///                              file's packets. Takes effect only where the container reports a duration.
@@ -56,11 +57,17 @@ class ZO_VIDEO_API VideoReader {
   /// @return 0 opened; 1 interrupted by open_interruptable before the stream was open: the reader is closed.
   /// @throws zo::Exception  ZO_STATUS_NULL_POINTER: url is null. ZO_STATUS_OPEN_ERROR: cannot be opened.
   ///                        ZO_STATUS_TIMEOUT: not opened in time. ZO_STATUS_DECODER_ERROR: no video stream,
-  ///                        no decoder for it, or the stream information cannot be found (also when that
-  ///                        step was interrupted or ran out of time). ZO_STATUS_READ_ERROR,
-  ///                        ZO_STATUS_SEEK_ERROR: building the index failed. ZO_STATUS_OUT_OF_MEMORY.
+  ///                        no decoder for it, or the stream information cannot be found.
+  ///                        ZO_STATUS_READ_ERROR, ZO_STATUS_SEEK_ERROR: building the index failed.
+  ///                        ZO_STATUS_OUT_OF_MEMORY. std::bad_alloc. std::length_error "vector::reserve":
+  ///                        the file claims more than 0x3FFFFFFF frames.
   ///                        ZO_STATUS_STD_EXCEPTION, ZO_STATUS_UNKNOWN_ERROR or the status of a
   ///                        zo::Exception: open_interruptable threw. The reader is closed after any of these.
+  ///
+  /// An interruption or the end of the budget behind the first step comes as the error of the step it meets:
+  /// ZO_STATUS_DECODER_ERROR in looking at the streams (or none, with a format() that stays UNDEFINED),
+  /// ZO_STATUS_READ_ERROR or ZO_STATUS_SEEK_ERROR in indexing. With skip_errors it ends the indexing early:
+  /// the index holds the frames seen so far, and use_navigation_cache saves it like that.
   int open(const char* url, int timeout_ms, IInterruptable* open_interruptable, bool enable_navigation,
            bool skip_errors, bool use_navigation_cache);
 
@@ -81,7 +88,9 @@ class ZO_VIDEO_API VideoReader {
   ///                        ZO_STATUS_READ_ERROR: a packet cannot be read or is refused by the decoder.
   ///                        ZO_STATUS_DECODER_ERROR: decoding failed. ZO_STATUS_OUT_OF_MEMORY or
   ///                        std::bad_alloc. A status from `interruptable` as for open(). The reader stays
-  ///                        open with its position as it was: call read() again to go on.
+  ///                        open: call read() again to go on behind what could not be read; after
+  ///                        std::bad_alloc it delivers the same picture. Only where the picture could not be
+  ///                        converted (ZO_STATUS_OUT_OF_MEMORY) its index is used up.
   int read(Frame& frame, bool& got_frame, IInterruptable* interruptable);
 
   /// Positions the reader so that the next read() delivers the frame with index `frame_index`.
@@ -90,7 +99,10 @@ class ZO_VIDEO_API VideoReader {
   /// @throws zo::Exception  ZO_STATUS_NOT_OPENED: no open stream. ZO_STATUS_NOT_ALLOWED: opened without
   ///                        navigation, or the container reports no duration. ZO_STATUS_OUT_OF_RANGE: no such
   ///                        frame. In these cases the position is unchanged. ZO_STATUS_SEEK_ERROR: seeking
-  ///                        failed; move again or reopen. Otherwise as read().
+  ///                        failed. Otherwise as read(). After any of these move again or reopen; until then
+  ///                        reads deliver empty frames or those of the old position.
+  /// Seeks do not restart the time budget, packets do: where a seek was cut off because the last packet was
+  /// read longer ago than the budget, read() once and move again.
   /// Cost: nothing for the next frame; otherwise at most the decoding from the key frame before the target.
   void moveByIndex(long long frame_index);
 
@@ -98,11 +110,13 @@ class ZO_VIDEO_API VideoReader {
   /// or no stream is open. Case does not matter. The text belongs to the reader and lives until close().
   const char* getMetadataValue(const char* key) const;
 
-  /// The url of the last open(), empty when closed. Valid until the next open() or close().
+  /// The url of the last open(), also of an interrupted one; empty when closed. Valid until the next open()
+  /// or close().
   const char* url() const;
   /// Number of frames; 0 unless the stream was opened with navigation.
   long long frameCount() const;
-  /// Index of the frame that the last read() delivered; -1 before the first.
+  /// Index of the frame that the last read() delivered; -1 before the first; after moveByIndex() one less
+  /// than its target, until the next read().
   long long frameIndex() const;
   /// Average frames per second as the container gives them, 0 when unknown. Survives close().
   double fps() const;

@@ -19,15 +19,16 @@ typedef ZO_C_ENUM(ZoVideoRotation){ZO_VIDEO_ROTATION_0 = 0, ZO_VIDEO_ROTATION_90
  * succeeds and left alone by one that fails. One thread at a time per reader.
  */
 typedef struct ZoVideoReader {
-  void* p_handle;           /* the reader object; null when there is none */
-  const char* url;          /* owned by the reader */
-  long long timestamp;      /* time of the last frame, milliseconds */
-  ZoFrameFormat format;     /* format of the frames; ZO_FRAME_FORMAT_UNDEFINED when closed */
-  int width;                /* pixels */
-  int height;               /* pixels */
-  long long frame_count;    /* 0 unless opened with navigation */
-  long long frame_index;    /* index of the last frame, -1 before the first */
-  double fps;               /* average frames per second, 0 when unknown */
+  void* p_handle;        /* the reader object; null when there is none */
+  const char* url;       /* owned by the reader */
+  long long timestamp;   /* time of the last frame, milliseconds */
+  ZoFrameFormat format;  /* format of the frames; ZO_FRAME_FORMAT_UNDEFINED when closed */
+  int width;             /* pixels */
+  int height;            /* pixels */
+  long long frame_count; /* 0 unless opened with navigation */
+  long long
+      frame_index; /* index of the last frame, -1 before the first; after a move, one before the target */
+  double fps;      /* average frames per second, 0 when unknown */
   ZoVideoRotation rotation; /* of the stream */
 } ZoVideoReader;
 
@@ -47,8 +48,14 @@ typedef struct ZoVideoReader {
  * p_message             Receives the error text (may be null): always terminated, never more than
  *                       message_size bytes.
  *
- * Returns 0, or the status of the failure, with *pp_reader as it was. An open that the callback stopped is no
- * failure: 0, and a record whose format is ZO_FRAME_FORMAT_UNDEFINED because its reader is closed.
+ * Returns 0, or the status of the failure, with *pp_reader as it was.
+ *
+ * What a stop by the callback comes to depends on when it comes. While the input is being opened it is no
+ * failure: 0, and the record of a closed reader. Later it cuts short the step it meets: an open reader of
+ * ZO_FRAME_FORMAT_UNDEFINED, whose stream was not looked at to the end, or ZO_STATUS_DECODER_ERROR, or, while
+ * indexing, ZO_STATUS_READ_ERROR or ZO_STATUS_SEEK_ERROR. With skip_errors a stopped indexing leaves an index
+ * of the frames seen so far, which use_navigation_cache saves. So note in the callback that it stopped the
+ * opening, and release the reader, if there is one.
  */
 ZO_VIDEO_API int zoVideoReader_create(int (*callback)(void*), void* callback_opaque, const char* p_url,
                                       unsigned int url_length, int timeout_ms, int enable_navigation,
@@ -75,7 +82,7 @@ ZO_VIDEO_API int zoVideoReader_moveByIndex(ZoVideoReader* p_reader, long long in
  *
  * A picture that the decoder did not produce is delivered as a frame without planes that carries its time.
  * Returns 0; ZO_STATUS_NULL_POINTER when p_reader or p_frame is null; ZO_STATUS_NOT_INITIALIZED when either
- * p_handle is; otherwise what zo::VideoReader::read reports.
+ * p_handle is; otherwise what zo::VideoReader::read reports, with the records as they were.
  */
 ZO_VIDEO_API int zoVideoReader_read(ZoVideoReader* p_reader, ZoFrame* p_frame, int* p_frame_ready,
                                     char* p_message, unsigned int message_size);

@@ -346,7 +346,7 @@ int VideoReader::Impl::_readInOrder(Frame& frame, bool& got_frame) {
 }
 
 int VideoReader::Impl::_read(bool& got_frame, IInterruptable* interruptable) {
-  _callback_status = CALLBACK_OK;
+  _forgetCutOffCall();
   got_frame = false;
   if (_stream_index < 0) {
     throw Exception(nullptr, ZO_STATUS_NOT_OPENED, "_read", SOURCE_FILE, __LINE__,
@@ -393,6 +393,14 @@ int VideoReader::Impl::_read(bool& got_frame, IInterruptable* interruptable) {
   return 0;
 }
 
+// A call that was cut off where nobody asks why, while the streams were looked at or in a seek, is over.
+void VideoReader::Impl::_forgetCutOffCall() {
+  if (_callback_status != CALLBACK_OK && _p_format_ctx != nullptr) {
+    forgetInputError(_p_format_ctx->pb);
+  }
+  _callback_status = CALLBACK_OK;
+}
+
 // The next packet of the chosen stream in _p_av_packet; a blank one at the end of the file.
 VideoReader::Impl::PacketRead VideoReader::Impl::_readVideoPacket() {
   for (int errors_skipped = 0;;) {
@@ -404,6 +412,7 @@ VideoReader::Impl::PacketRead VideoReader::Impl::_readVideoPacket() {
       // A packet that came all the same is dropped, and some demuxers lose their place: a jump has to seek,
       // and the picture decoded next tells its index by its time.
       _position_from_picture = _position_from_picture || _navigation;
+      _packet_lost = true;
     }
     if (_checkCallBackStatus() != 0) {
       return PacketRead::INTERRUPTED;
@@ -414,6 +423,7 @@ VideoReader::Impl::PacketRead VideoReader::Impl::_readVideoPacket() {
     if (result != 0) {
       if (_skip_errors && errors_skipped < MOST_ERRORS_SKIPPED_IN_A_ROW) {
         ++errors_skipped;
+        _packet_lost = true;
         continue;
       }
       throw Exception(nullptr, ZO_STATUS_READ_ERROR, "_read", SOURCE_FILE, __LINE__,
@@ -491,8 +501,9 @@ void VideoReader::Impl::_setEndOfStream() {
   }
   _pictures_queued = false;
   _state = STATE_END_OF_STREAM;
-  // Before the first picture after a seek the index is only what was hoped for.
-  if (!_position_from_picture) {
+  // Before the first picture after a seek the index is only what was hoped for, and after a lost packet the
+  // stream's real last picture may be one that did not come this time.
+  if (!_position_from_picture && !_packet_lost) {
     _eos_index = _decoded_index;
   }
 }
@@ -506,7 +517,12 @@ void VideoReader::Impl::_copyToOutFrame(Frame& frame) {
     throw Exception(nullptr, ZO_STATUS_INTERNAL_ERROR, FUNCTION, SOURCE_FILE, __LINE__,
                     "Attempt to copy an empty frame.");
   }
-  _converter.convertAvFrame(_p_av_frame.get(), _p_codec_ctx->pix_fmt, frame);
+  try {
+    _converter.convertAvFrame(_p_av_frame.get(), _p_codec_ctx->pix_fmt, frame);
+  } catch (const std::bad_alloc&) {
+    --_frame_index;  // the picture is still held: the next read delivers it
+    throw;
+  }
 }
 
 void VideoReader::Impl::_checkIfGood() const {

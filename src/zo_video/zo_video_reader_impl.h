@@ -79,6 +79,7 @@ class VideoReader::Impl {
   CodecContextPtr _makeDecoder(const AVCodec* p_decoder, const char* function, const char* separator,
                                const char* reason);
   int _read(bool& got_frame, IInterruptable* interruptable);
+  void _forgetCutOffCall();
   PacketRead _readVideoPacket();
   int _decodePacket(const AVPacket* p_packet, bool& got_frame);
   int _receivePicture(bool& got_frame);

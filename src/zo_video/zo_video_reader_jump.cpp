@@ -134,6 +134,7 @@ int VideoReader::Impl::_seekTo(int64_t target, int flags, long long key_index) {
   if (result == 0) {
     flushDecoder(_p_codec_ctx.get(), _p_av_frame.get());
     _pictures_queued = false;
+    _state = STATE_OPEN;
     _packet_lost = false;
     _decoded_index = key_index - 1;
     _position_from_picture = true;
@@ -164,7 +165,7 @@ VideoReader::Impl::Landing VideoReader::Impl::_lookAtLanding(long long frame_ind
   if (_index_order == IndexOrder::UNORDERED) {
     return Landing::UNKNOWN;
   }
-  _callback_status = CALLBACK_OK;
+  _forgetCutOffCall();
   while (_readVideoPacket() == PacketRead::PACKET) {
     _packet_pending = true;
     const int64_t time = _packetTimestamp();

@@ -23,6 +23,7 @@ constexpr std::size_t LARGEST_SLACK = 32;  // one word for so many is not worth 
 // --- The index -------------------------------------------------------------------------------------------
 
 void VideoReader::Impl::_readAllPackets(bool use_navigation_cache) {
+  _forgetCutOffCall();
   if (!hasFirstDts()) {
     _findFirstDts();
   }
