@@ -65,6 +65,7 @@ uint64_t hashPicture(uint8_t* const* planes, const int* strides, int format, int
 
 BareReader::BareReader(const std::string& path) : _p_packet(av_packet_alloc()), _p_frame(av_frame_alloc()) {
   av_log_set_level(AV_LOG_QUIET);
+  registerFormatsAndCodecs();
   AVFormatContext* p_format = nullptr;
   require(avformat_open_input(&p_format, path.c_str(), nullptr, nullptr) == 0, path.c_str());
   _p_format.reset(p_format);

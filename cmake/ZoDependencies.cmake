@@ -2,7 +2,7 @@
 find_package(Threads REQUIRED)
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(ZO_FFMPEG REQUIRED IMPORTED_TARGET
-  libavformat>=57 libavcodec>=57 libavutil>=55 libswscale>=4)
+  libavformat>=57.41 libavcodec>=57.48 libavutil>=55 libswscale>=4)
 pkg_check_modules(ZO_TURBOJPEG REQUIRED IMPORTED_TARGET libturbojpeg>=1.4)
 
 # The Simd image library: ZO_SIMD_USED becomes system or bundled. An installed one becomes the target

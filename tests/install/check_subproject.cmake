@@ -1,6 +1,6 @@
 # Builds a project that carries the library as a subfolder, and runs its program.
 #   cmake -DSOURCE_DIR= -DWORK_DIR= -DC_COMPILER= -DCXX_COMPILER= [-DGENERATOR=] [-DTOOLCHAIN= -DSYSROOT=]
-#     [-DEMULATOR=program|argument] -P check_subproject.cmake
+#     [-DEMULATOR=program|argument] [-DPREFIX_PATH=folder|folder] -P check_subproject.cmake
 string(REPLACE "|" ";" EMULATOR "${EMULATOR}")
 
 function(run)
@@ -14,6 +14,10 @@ endfunction()
 set(arguments "-DCMAKE_BUILD_TYPE=Release" "-DZO_VIDEO_SOURCE_DIR=${SOURCE_DIR}")
 if(GENERATOR)
   list(APPEND arguments -G "${GENERATOR}")
+endif()
+if(PREFIX_PATH)
+  string(REPLACE "|" "\\;" prefix_path "${PREFIX_PATH}")
+  list(APPEND arguments "-DCMAKE_PREFIX_PATH=${prefix_path}")
 endif()
 if(TOOLCHAIN)
   list(APPEND arguments "-DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}" "-DARMEL_SYSROOT=${SYSROOT}")

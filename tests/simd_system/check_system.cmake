@@ -1,5 +1,5 @@
 # Builds and tests the library with ZO_SIMD=system against a stand-in for an installed Simd library.
-#   cmake -DSOURCE_DIR= -DWORK_DIR= -DC_COMPILER= -DCXX_COMPILER= -DGENERATOR= -P check_system.cmake
+#   cmake -DSOURCE_DIR= -DWORK_DIR= -DC_COMPILER= -DCXX_COMPILER= -DGENERATOR= [-DPREFIX_PATH=folder|folder] -P check_system.cmake
 
 function(run_into result_variable output_variable)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
@@ -44,7 +44,8 @@ run(${CMAKE_COMMAND} -S "${SOURCE_DIR}/tests/simd_system/double" -B "${WORK_DIR}
   "-DBUNDLED_DIR=${SOURCE_DIR}/simd" "-DCMAKE_INSTALL_PREFIX=${prefix}" -DCMAKE_INSTALL_LIBDIR=lib)
 run(${CMAKE_COMMAND} --build "${WORK_DIR}/double" --target install)
 
-expect_configured("${WORK_DIR}/project" system -DZO_SIMD=system "-DCMAKE_PREFIX_PATH=${prefix}")
+string(REPLACE "|" "\\;" more_prefixes "${PREFIX_PATH}")  # where FFmpeg may be
+expect_configured("${WORK_DIR}/project" system -DZO_SIMD=system "-DCMAKE_PREFIX_PATH=${prefix}\\;${more_prefixes}")
 run(${CMAKE_COMMAND} --build "${WORK_DIR}/project" --target zo_video zo_text_drawing_test zo_line_drawing_test)
 foreach(test zo_text_drawing_test zo_line_drawing_test)
   run("${WORK_DIR}/project/tests/zo_video/${test}")
@@ -56,7 +57,7 @@ expect_configured("${WORK_DIR}/project" bundled -DZO_SIMD=bundled)
 # Header and library without a package.
 file(COPY "${prefix}/include" DESTINATION "${bare_prefix}")
 file(COPY "${prefix}/lib/libSimd.so" DESTINATION "${bare_prefix}/lib")
-expect_configured("${WORK_DIR}/other" system -DZO_SIMD=auto "-DCMAKE_PREFIX_PATH=${bare_prefix}")
+expect_configured("${WORK_DIR}/other" system -DZO_SIMD=auto "-DCMAKE_PREFIX_PATH=${bare_prefix}\\;${more_prefixes}")
 file(REMOVE_RECURSE "${WORK_DIR}/other")
 
 expect_configured("${WORK_DIR}/other" "the Simd image library was not found" -DZO_SIMD=system

@@ -74,7 +74,12 @@ std::string toneCodecFor(const std::string& path) {
 
 // Keeps the start of the payload, so that the packet is still taken for what it was.
 void corrupt(AVPacket* p_packet) {
-  checkFfmpeg(av_packet_make_writable(p_packet), "av_packet_make_writable");
+  PacketPtr p_own(av_packet_alloc());  // the encoder may still look at its bytes
+  checkFfmpeg(av_new_packet(p_own.get(), p_packet->size), "av_new_packet");
+  std::memcpy(p_own->data, p_packet->data, static_cast<std::size_t>(p_packet->size));
+  checkFfmpeg(av_packet_copy_props(p_own.get(), p_packet), "av_packet_copy_props");
+  av_packet_unref(p_packet);
+  av_packet_move_ref(p_packet, p_own.get());
   for (int i = p_packet->size / 8; i < p_packet->size; ++i) {
     p_packet->data[i] = static_cast<uint8_t>(p_packet->data[i] ^ (0x5A + 7 * i));
   }

@@ -211,7 +211,7 @@ TEST(TightPicture, IsWrittenNoFurtherThanItsPixels) {
   p_picture->format = AV_PIX_FMT_YUV410P;  // has no equal among the frame formats' own layouts
   p_picture->width = 17;
   p_picture->height = 6;
-  ASSERT_EQ(0, av_frame_get_buffer(p_picture.get(), 0));
+  ASSERT_EQ(0, av_frame_get_buffer(p_picture.get(), 32));
   paintNumber(p_picture.get(), 5);
   VideoConverter::Impl converter;
   Frame expected;

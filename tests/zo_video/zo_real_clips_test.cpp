@@ -38,6 +38,17 @@ bool figuresAreOfThisFfmpeg() {
   return avcodec_version() >> 16 == 59;
 }
 
+// FFmpeg's NEON code for JPEG rounds some samples differently; bare decoding in the same process tells all
+// the same.
+bool figuresAreOfThisProcessor(const json& reference) {
+#ifdef __arm__
+  return reference["codec"] != "mjpeg";
+#else
+  static_cast<void>(reference);
+  return true;
+#endif
+}
+
 bool isDamaged(const json& reference) {
   return reference["note"].get<std::string>().find("damaged") != std::string::npos;
 }
@@ -67,7 +78,8 @@ class RealClips : public testing::TestWithParam<json> {
       return;
     }
     ASSERT_TRUE(test::samePixels(bare.pictures[index], delivery.frame)) << "picture " << index;
-    const bool same_digests = figuresAreOfThisFfmpeg() || !isDamaged(reference);
+    const bool same_digests =
+        figuresAreOfThisProcessor(reference) && (figuresAreOfThisFfmpeg() || !isDamaged(reference));
     if (same_digests && reference["pictures_stable"] && index < reference["picture_md5"].size()) {
       ASSERT_EQ(reference["picture_md5"][index].get<std::string>(),
                 test::md5Hex(test::packedBytes(delivery.frame)))
