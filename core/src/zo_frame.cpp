@@ -239,7 +239,7 @@ unsigned Frame::planeRows(unsigned index) const noexcept {
 }
 
 bool Frame::hasSlack() const noexcept {
-  return _plane_count != 0 && !_p_memory->fromOutside();
+  return _plane_count != 0 && formatPlaneCount(_format) != 0 && !_p_memory->fromOutside();
 }
 
 long long Frame::timestamp() const noexcept {

@@ -37,9 +37,10 @@ class ZO_VIDEO_API ICapture {
   virtual void setMaxFps(float fps) = 0;
   /// Quality of readJpeg(), 0 to 100.
   virtual void setJpegQuality(int quality) = 0;
-  /// Format of the frames to deliver; ZO_FRAME_FORMAT_UNDEFINED: the source's own.
+  /// Format of the frames to deliver; ZO_FRAME_FORMAT_UNDEFINED: the source's own, taken when it is
+  /// opened.
   virtual void setFormat(FrameFormat format) = 0;
-  /// Size in pixels of the frames to deliver; a side below 1: the source's own size.
+  /// Size in pixels of the frames to deliver; a side below 1: the source's own size, taken when it is opened.
   virtual void setFrameSize(Size size) = 0;
   /// Opens a source; timeout_ms bounds each blocking call in milliseconds, negative: no limit.
   virtual void open(const std::string& url, int timeout_ms) = 0;

@@ -21,7 +21,7 @@ namespace zo {
 ZO_VIDEO_API void drawLine(Frame& frame, Point p1, Point p2, const unsigned char* color, int thickness);
 
 /// Draws the outline of a rectangle, cropped to the frame first, as four lines between its corner pixels.
-/// With a thickness of 2 and more the outer corner squares stay unpainted.
+/// With a thickness of 2 and more the outer corner squares stay unpainted. An empty rectangle draws nothing.
 ZO_VIDEO_API void drawRect(Frame& frame, Rect rect, const unsigned char* color, int thickness);
 
 /// Writes ASCII text, anti-aliased, blended over the picture.
@@ -31,7 +31,8 @@ ZO_VIDEO_API void drawRect(Frame& frame, Rect rect, const unsigned char* color, 
 /// @param height    Height of a line in pixels, 4 to 924; others draw nothing. A character is
 ///                  127 * height / 231 pixels wide, rounded down.
 /// Throws std::bad_alloc.
-/// Cost: letters are scaled when they are first drawn at a height, and the last heights stay with the thread.
+/// Cost: letters are scaled when they are first drawn at a height, and the last four heights up to 140 stay
+/// with the thread; larger letters are scaled in every call.
 ZO_VIDEO_API void drawText(Frame& frame, const std::string& text, Point position, const unsigned char* color,
                            int height);
 

@@ -22,10 +22,12 @@ class ZO_VIDEO_API JpegDecoder {
   /// In a ZO_FRAME_FORMAT_YUV422_PLANAR frame plane 1 is V and plane 2 is U. The timestamp is kept.
   ///
   /// @param p_buffer  The JPEG data, `size` bytes; not kept.
-  /// @throws zo::Exception  ZO_STATUS_NULL_POINTER: p_buffer is null. ZO_STATUS_CODEC_ERROR: no JPEG data, or
-  ///                        damaged. ZO_STATUS_NOT_SUPPORTED: another subsampling or colour model.
-  ///                        std::bad_alloc. Once the header was read, `frame` has been reshaped and its
-  ///                        pixels are undefined.
+  /// @throws zo::Exception  ZO_STATUS_NULL_POINTER: p_buffer is null. ZO_STATUS_CODEC_ERROR: no JPEG data,
+  ///                        damaged, or CMYK. ZO_STATUS_NOT_SUPPORTED: another subsampling.
+  ///                        ZO_STATUS_OUT_OF_MEMORY: the coder cannot be set up again after a failure.
+  ///                        std::bad_alloc. `frame` is unchanged, except when the data turns out to be
+  ///                        damaged behind its header: then it has been reshaped and its pixels are
+  ///                        undefined.
   void decode(const unsigned char* p_buffer, unsigned size, Frame& frame);
 
  private:

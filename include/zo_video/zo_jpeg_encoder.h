@@ -21,7 +21,9 @@ class ZO_VIDEO_API JpegEncoder {
 
   /// Compresses `frame` into `out`, which then holds exactly the JPEG bytes. Grey frames give a grey JPEG,
   /// RGB and BGR 4:4:4, YUV the subsampling that the frame has. In a ZO_FRAME_FORMAT_YUV422_PLANAR frame
-  /// plane 1 is taken as V and plane 2 as U, as JpegDecoder delivers them.
+  /// plane 1 is taken as V and plane 2 as U, as JpegDecoder delivers them. Those of a VideoReader or
+  /// converter have them the other way, and so have YUY2, UYVY and NV16 frames, which pass through that
+  /// format: convert such frames to I420 or BGR24 first, or their colours are exchanged.
   ///
   /// @param quality  1 to 100.
   /// @throws zo::Exception  ZO_STATUS_NOT_INITIALIZED: the frame holds no planes. ZO_STATUS_INVALID_ARGUMENT:

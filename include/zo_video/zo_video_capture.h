@@ -7,7 +7,7 @@
 namespace zo {
 
 /// Frames of a file or stream in a fixed format and size, thinned to a highest rate where wanted, and as
-/// JPEG.
+/// JPEG. Where the stream itself changes its size, one frame still comes in the new one.
 ///
 /// Failures of the reader, converter and JPEG encoder inside reach the caller as zo::Exception with their own
 /// status. One thread at a time per object.
@@ -65,7 +65,7 @@ class ZO_VIDEO_API VideoCapture : public ICapture {
   bool read(Frame& frame) override;
 
   /// JPEG of the frame of the last read(), made from the picture as decoded; `jpeg` is empty where that frame
-  /// has no pixels.
+  /// has no pixels. Pictures of 4:2:2 streams come out with U and V exchanged (see JpegEncoder::encode()).
   /// @param timestamp  Receives the same time as the delivered frame's, milliseconds.
   bool readJpeg(Buffer& jpeg, long long& timestamp) override;
 

@@ -33,12 +33,14 @@ class ZO_VIDEO_API VideoConverter {
   VideoConverter& operator=(const VideoConverter&) = delete;
 
   /// Converts `src` into `dst`, which is reused: first `dst` is given that format and size, then everything
-  /// is checked, so `dst` has been reshaped when this throws. The timestamp is copied.
+  /// is checked, so `dst` has been reshaped when this throws, except for std::bad_alloc, where it is
+  /// unchanged. The timestamp is copied.
   ///
   /// Same format and size: a plain deep copy. `src` and `dst` may be the same frame.
   ///
   /// @param src         The frame to convert, with pixels.
-  /// @param dst_format  Any format but ZO_FRAME_FORMAT_YUV420_PLANAR_YV12,
+  /// @param dst_format  Where format or size differ from those of `src`, any format but
+  ///                    ZO_FRAME_FORMAT_UNDEFINED, ZO_FRAME_FORMAT_YUV420_PLANAR_YV12,
   ///                    ZO_FRAME_FORMAT_YUV444_PACKED_IYU2, the custom and the reserved ones; the same holds
   ///                    for the format of `src`.
   /// @param dst_size    Pixels, both above 0.

@@ -74,7 +74,8 @@ class ZO_CORE_API Frame {
   void reuse(FrameFormat format, Size size, const DeviceContext& context, unsigned alignment);
 
   /// Deep copy of format, size, pixels and timestamp into `destination`, which is reused. Copying onto
-  /// itself changes nothing; copying an empty frame leaves an empty one.
+  /// itself changes nothing; copying an empty frame leaves an empty one. Two frames over outside memory must
+  /// be over the same planes with the same strides, or not overlap.
   /// @throws std::bad_alloc  `destination` stays as it was.
   void copyTo(Frame& destination) const;
 
@@ -103,7 +104,7 @@ class ZO_CORE_API Frame {
 
   /// True when the frame's memory was allocated by it: then the bytes between the rows are nobody else's, and
   /// at least one row and 64 bytes follow each plane. False for memory from outside, of which nothing but the
-  /// pixels is known, and for a frame without pixels.
+  /// pixels is known, for a format without a layout, and for a frame without pixels.
   bool hasSlack() const noexcept;
 
   /// Milliseconds; 0 in a fresh frame.

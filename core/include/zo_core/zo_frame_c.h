@@ -12,8 +12,10 @@ extern "C" {
 /*
  * The plain view of a frame: an image of up to four planes with its time.
  *
- * Only the library writes these fields. They describe the frame as it was after the last call that was
- * given this record; the plane pointers stay valid until the next such call or the release.
+ * Only the library writes these fields. They describe the frame as it was after the last call that succeeded
+ * with this record; the plane pointers stay valid until the next call that is given it, or the release. A
+ * call that fails leaves the fields alone but may have reshaped the frame: do not follow the pointers then.
+ * The next call that succeeds, zoFrame_reuse for one, refreshes them.
  */
 typedef struct ZoFrame {
   void* p_handle;             /* the zo::Frame described */

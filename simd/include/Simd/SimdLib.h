@@ -78,7 +78,9 @@ SIMD_API uint8_t* SimdYuv420pSaveAsJpegToMemory(const uint8_t* y, size_t yStride
 /// @param format  In: the wanted format (Gray8, Bgr24, Bgra32, Rgb24; None for the image's own, Gray8 or
 /// Rgb24).
 ///                Out: the format delivered.
-/// @return Pixels, released with SimdFree(); null for anything that is not a sound image.
+/// @return Pixels, released with SimdFree(); null for anything that is not an image. A JPEG that ends early
+/// may come
+///         out with the rest made up.
 SIMD_API uint8_t* SimdImageLoadFromMemory(const uint8_t* data, size_t size, size_t* stride, size_t* width,
                                           size_t* height, SimdPixelFormatType* format);
 
