@@ -1,4 +1,5 @@
-/* Calls one function of the installed video library and nothing else: it has to find the core library itself. */
+/* Calls one function of the installed video library and nothing else: it has to find the core library itself.
+ */
 #include <stdio.h>
 
 #include "zo_video_c/zo_video_c.h"
