@@ -126,12 +126,8 @@ INSTANTIATE_TEST_SUITE_P(Known, AnyFormatValue, testing::Range(0, 21));
 INSTANTIATE_TEST_SUITE_P(Unknown, AnyFormatValue, testing::Values(-2147483647 - 1, -1, 21, 100, 2147483647));
 
 TEST(FrameFormatTest, HasOneFixedTextForAllUnknownValues) {
-  const std::string text = toString(static_cast<FrameFormat>(21));
-  EXPECT_FALSE(text.empty());
-  EXPECT_EQ(text, toString(static_cast<FrameFormat>(-1)));
-  EXPECT_EQ(text, toString(static_cast<FrameFormat>(2147483647)));
-  for (const NamedFormat& format : FORMATS) {
-    EXPECT_NE(text, format.name);
+  for (const int value : {-2147483647 - 1, -1, 21, 22, 100, 2147483647}) {
+    EXPECT_STREQ("ZO_FRAME_FORMAT_UNKNOWN", toString(static_cast<FrameFormat>(value))) << value;
   }
 }
 

@@ -83,13 +83,16 @@ TEST(ErrorHandlersTest, PassTheStatusOnEvenWhenItIsUnknown) {
   EXPECT_EQ(static_cast<Status>(77), handleZoException("g", exception, nullptr, 0));
 }
 
-TEST(ErrorHandlersTest, DoWithoutAFunctionName) {
+TEST(ErrorHandlersTest, TakeANullFunctionNameAsAnEmptyOne) {
   char message[100];
   EXPECT_EQ(ZO_STATUS_UNKNOWN_ERROR, handleUnknownException(nullptr, message, sizeof(message)));
-  EXPECT_NE(std::string::npos, std::string(message).find("unknown exception"));
+  EXPECT_STREQ(": caught unknown exception.", message);
   EXPECT_EQ(ZO_STATUS_STD_EXCEPTION,
             handleStdException(nullptr, std::runtime_error("why"), message, sizeof(message)));
-  EXPECT_NE(std::string::npos, std::string(message).find("why"));
+  EXPECT_STREQ(": caught standard exception: why", message);
+  const Exception exception(nullptr, ZO_STATUS_SEEK_ERROR, "f", "file", 1, "m");
+  EXPECT_EQ(ZO_STATUS_SEEK_ERROR, handleZoException(nullptr, exception, message, sizeof(message)));
+  EXPECT_STREQ("m", message);
 }
 
 }  // namespace

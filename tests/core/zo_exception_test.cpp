@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <exception>
 #include <string>
 #include <type_traits>
@@ -142,6 +143,15 @@ TEST(ExceptionTest, HasTheDestructorAndThenTheMessageInItsFirstSlots) {
   using What = const char* (*)(const Exception*);
   What const* p_slots = *reinterpret_cast<What const* const*>(&exception);
   EXPECT_STREQ("by slot", p_slots[2](&exception));
+}
+
+TEST(ExceptionTest, HoldsTheStatusAndNextToItTheMessage) {
+  const Exception exception(nullptr, ZO_STATUS_CODEC_ERROR, "f", "file", 1, "by place");
+  const char* const p_fields = reinterpret_cast<const char*>(&exception) + sizeof(std::exception);
+  Status status = ZO_STATUS_OK;
+  std::memcpy(&status, p_fields, sizeof(status));
+  EXPECT_EQ(ZO_STATUS_CODEC_ERROR, status);
+  EXPECT_STREQ("by place", p_fields + sizeof(status));
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdint>
+#include <cstring>
 #include <new>
 #include <tuple>
 
@@ -190,6 +192,58 @@ TEST(FrameSlack, BelongsToFramesThatAllocatedTheirMemory) {
   EXPECT_TRUE(frame.hasSlack());
   frame.clear();
   EXPECT_FALSE(frame.hasSlack());
+}
+
+// Nobody knows what the bytes of such a format mean, so none of them is beside the pixels.
+TEST(FrameSlack, IsNotThereInDeepCopiesOfFormatsWithoutALayout) {
+  unsigned char pixels[16] = {};
+  for (const int value : {0, 3, 5, 16, 17, 18, 19, 20, 21, -1}) {
+    const Frame outside(FrameLayout(static_cast<FrameFormat>(value), Size(4, 4), {{4, 0, 0, 0}}),
+                        DeviceContext(), DevicePtr(static_cast<void*>(pixels)));
+    Frame copy = grayFrame(10, 10);
+    outside.copyTo(copy);
+    EXPECT_TRUE(copy.initialized()) << value;
+    EXPECT_NE(outside.planeData(0), copy.planeData(0)) << value;
+    EXPECT_FALSE(copy.hasSlack()) << value;
+  }
+}
+
+// The first two fields of a frame, which programs have compiled in: its format, and next to it one that is 0
+// exactly when no pixels are attached.
+struct FirstFields {
+  int32_t format;
+  uint32_t presence;
+};
+
+FirstFields firstFields(const Frame& frame) {
+  FirstFields fields;
+  std::memcpy(&fields, static_cast<const void*>(&frame), sizeof(fields));
+  return fields;
+}
+
+TEST(FramePresence, IsTheFieldBehindTheFormat) {
+  Frame frame;
+  EXPECT_EQ(ZO_FRAME_FORMAT_UNDEFINED, firstFields(frame).format);
+  EXPECT_EQ(0U, firstFields(frame).presence);
+  for (const FrameFormat format :
+       {ZO_FRAME_FORMAT_GRAY8, ZO_FRAME_FORMAT_YUV420_SEMIPLANAR_NV12, ZO_FRAME_FORMAT_YUV444_PLANAR}) {
+    reuse(frame, format, Size(8, 6));
+    EXPECT_EQ(format, firstFields(frame).format);
+    EXPECT_NE(0U, firstFields(frame).presence);
+    reuse(frame, format, Size(0, 6));
+    EXPECT_EQ(format, firstFields(frame).format);
+    EXPECT_EQ(0U, firstFields(frame).presence);
+  }
+  unsigned char pixels[16] = {};
+  const Frame outside(FrameLayout(ZO_FRAME_FORMAT_CUSTOM_1, Size(4, 4), {{4, 0, 0, 0}}), DeviceContext(),
+                      DevicePtr(static_cast<void*>(pixels)));
+  EXPECT_EQ(ZO_FRAME_FORMAT_CUSTOM_1, firstFields(outside).format);
+  EXPECT_NE(0U, firstFields(outside).presence);
+  outside.copyTo(frame);
+  EXPECT_NE(0U, firstFields(frame).presence);
+  frame.clear();
+  EXPECT_EQ(ZO_FRAME_FORMAT_UNDEFINED, firstFields(frame).format);
+  EXPECT_EQ(0U, firstFields(frame).presence);
 }
 
 struct HugeCase {

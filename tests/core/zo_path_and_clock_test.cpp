@@ -14,6 +14,16 @@ TEST(FileExtensionTest, IsWhatFollowsTheLastDotWithTheDot) {
   EXPECT_EQ(".gz", fileExtension("dir/archive.tar.gz"));
 }
 
+TEST(FileExtensionTest, IsTheWholeNameWhenThatBeginsWithItsOnlyDot) {
+  EXPECT_EQ(".jpg", fileExtension(".jpg"));
+  EXPECT_EQ(".jpg", fileExtension("dir/.jpg"));
+}
+
+TEST(FileExtensionTest, IsTheDotOfANameThatEndsWithIt) {
+  EXPECT_EQ(".", fileExtension("name."));
+  EXPECT_EQ(".", fileExtension("dir/name.jpg."));
+}
+
 TEST(FileExtensionTest, KeepsTheCase) {
   EXPECT_EQ(".JpG", fileExtension("/a/b.JpG"));
 }
