@@ -157,11 +157,20 @@ TEST(LineDrawing, ReachesTheLastRowAndColumn) {
   EXPECT_EQ(block(8, 0, 9, 9), line({10, 10}, {9, 0}, {9, 9}, 3));
 }
 
+// The three bytes of RED within the picture, from the second byte of pixel `x` of row 0 on: once either of
+// the two pixels is painted, they are another color.
+const unsigned char* colorWithinThePicture(GuardedCanvas& target, int x) {
+  target.setPixel(x, 0, {GuardedCanvas::BACKGROUND, RED[0], RED[1]});
+  target.setPixel(x + 1, 0, {RED[2], GuardedCanvas::BACKGROUND, GuardedCanvas::BACKGROUND});
+  return target.frame.planeData(0) + 3 * x + 1;
+}
+
 TEST(LineDrawing, ReadsTheColorBeforeItWrites) {
-  GuardedCanvas target({10, 10});
-  target.setPixel(3, 0, RED);
-  zo::drawLine(target.frame, {0, 0}, {9, 0}, target.frame.planeData(0) + 9, 1);
-  EXPECT_EQ(block(0, 0, 9, 0), painted(target));
+  for (const int thickness : {1, 2, 7}) {
+    GuardedCanvas target({10, 10});
+    zo::drawLine(target.frame, {0, 0}, {9, 0}, colorWithinThePicture(target, 3), thickness);
+    EXPECT_EQ(block(0, 0, 9, thickness - thickness / 2 - 1), painted(target)) << thickness;
+  }
 }
 
 struct ColorCase {
@@ -224,6 +233,13 @@ TEST(LineDrawing, PaintsNothingIntoAFrameWithoutPixels) {
 TEST(RectDrawing, PaintsTheOutlineWithInclusiveCorners) {
   EXPECT_EQ(block(2, 2, 5, 2) + block(2, 4, 5, 4) + block(2, 2, 2, 4) + block(5, 2, 5, 4),
             rectangle({10, 10}, {2, 2, 4, 3}, 1));
+}
+
+TEST(RectDrawing, ReadsTheColorOnceForItsFourLines) {
+  // It lies under the first of them.
+  GuardedCanvas target({10, 10});
+  zo::drawRect(target.frame, {0, 0, 10, 8}, colorWithinThePicture(target, 4), 1);
+  EXPECT_EQ(block(0, 0, 9, 0) + block(9, 0, 9, 7) + block(0, 7, 9, 7) + block(0, 0, 0, 7), painted(target));
 }
 
 TEST(RectDrawing, LeavesTheOuterCornersOfAThickOutlineUnpainted) {

@@ -265,6 +265,34 @@ TEST(TextDrawing, GivesThePixelsOfAFreshFontForRandomTexts) {
   }
 }
 
+class LargeText : public testing::TestWithParam<int> {};
+
+// Around the source's own height and twice that, up to the largest one: scaled up.
+TEST_P(LargeText, GivesThePixelsOfAFreshFont) {
+  const int height = GetParam();
+  const Size size(150, 100);
+  const Color color{255, 9, 100};
+  TextRule rule;
+  bool ink = false;
+  for (const std::string text : {"g&", "M\n#", "||"}) {
+    // The middle of the first letter, and the corner where four of them meet.
+    for (const int part : {2, 1}) {
+      const Point position(40 - TextRule::width(height) / part, 30 - height / part);
+      GuardedCanvas expected(size);
+      GuardedCanvas actual(size);
+      rule.paint(expected, text, position, color, height);
+      zo::drawText(actual.frame, text, position, color.data(), height);
+      EXPECT_EQ(expected.memory(), actual.memory()) << text << " part " << part;
+      EXPECT_TRUE(actual.guardsAreIntact());
+      ink = ink || actual.memory() != untouched(size);
+    }
+  }
+  EXPECT_TRUE(ink);
+}
+
+INSTANTIATE_TEST_SUITE_P(Heights, LargeText, testing::Values(230, 232, 401, 462, 463, 700, 923, 924),
+                         [](const auto& test_case) { return std::to_string(test_case.param); });
+
 TEST(TextDrawing, GivesTheSamePixelsInManyThreads) {
   const Memory expected = drawn({200, 60}, "Frame 1234", {3, 3}, 21);
   std::vector<std::thread> threads;
