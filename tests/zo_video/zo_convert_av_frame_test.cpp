@@ -186,6 +186,21 @@ TEST(ConvertAvFrame, RefusesAFormatThatDoesNotExist) {
                       "avPixelFormatToFrameFormat");
 }
 
+TEST(ConvertAvFrame, LooksAtTheFormatBeforeTheSizeOfThePictureAndLeavesTheFrameAlone) {
+  const AvFramePtr p_sizeless(av_frame_alloc());
+  p_sizeless->format = AV_PIX_FMT_YUV420P;
+  Frame frame = test::makeNoiseFrame(ZO_FRAME_FORMAT_GRAY8, Size(3, 3), 1);
+  const std::string pixels = test::packedBytes(frame);
+  EXPECT_ZO_EXCEPTION(VideoConverter::Impl().convertAvFrame(p_sizeless.get(), AV_PIX_FMT_NB, frame),
+                      ZO_STATUS_INVALID_ARGUMENT,
+                      "Failure in avPixelFormatToFrameFormat(...): specified AVPixelFormat (" +
+                          std::to_string(static_cast<int>(AV_PIX_FMT_NB)) + ") does not exist",
+                      "avPixelFormatToFrameFormat");
+  EXPECT_EQ(ZO_FRAME_FORMAT_GRAY8, frame.format());
+  EXPECT_EQ(Size(3, 3), frame.size());
+  EXPECT_EQ(pixels, test::packedBytes(frame));
+}
+
 // Rows that end with the last pixel, two bytes short of the pair: the scaler takes what there is.
 TEST(ConvertAvFrame, TakesOddPackedRowsWithoutTheirLastBytes) {
   const AvFramePtr p_picture = makePicture(AV_PIX_FMT_YUYV422, Size(5, 4), 3);
@@ -236,11 +251,32 @@ TEST(ConvertAvFrame, ReportsTheRowsThatTheScalerReturnedForAPictureWithoutPixels
   const int rows = test::callScaler(test::ScalerImage(p_picture.get(), AV_PIX_FMT_YUV420P),
                                     test::ScalerImage(output, AV_PIX_FMT_YUV420P), 0);
   ASSERT_NE(12, rows);
-  Frame frame;
+  Frame frame = test::makeNoiseFrame(ZO_FRAME_FORMAT_GRAY8, Size(3, 3), 1);
+  frame.setTimestamp(9);
   EXPECT_ZO_EXCEPTION_FROM(
       SOURCE_FILE, VideoConverter::Impl().convertAvFrame(p_picture.get(), AV_PIX_FMT_YUV420P, frame),
       ZO_STATUS_UNEXPECTED_RESULT,
       "sws_scale() returned " + std::to_string(rows) + ", expected dst_height(12)", FUNCTION);
+  EXPECT_EQ(ZO_FRAME_FORMAT_YUV420_PLANAR_I420, frame.format());
+  EXPECT_EQ(Size(16, 12), frame.size());
+  EXPECT_TRUE(frame.initialized());
+  EXPECT_EQ(9, frame.timestamp());
+}
+
+TEST(ConvertAvFrame, SetsUpOneScaleContextForTenLikePictures) {
+  VideoConverter::Impl converter;
+  Frame frame;
+  const test::ScaleContextCount contexts;
+  for (int number = 0; number < 10; ++number) {
+    const AvFramePtr p_picture = makePicture(AV_PIX_FMT_YUV420P10LE, Size(64, 48), number);
+    converter.convertAvFrame(p_picture.get(), AV_PIX_FMT_YUV420P10LE, frame);
+    EXPECT_EQ(number, test::paintedNumber(frame));
+  }
+  EXPECT_EQ(1, contexts.setUp());
+  const AvFramePtr p_other = makePicture(AV_PIX_FMT_YUV420P10LE, Size(32, 48), 3);
+  converter.convertAvFrame(p_other.get(), AV_PIX_FMT_YUV420P10LE, frame);
+  EXPECT_EQ(3, test::paintedNumber(frame));
+  EXPECT_EQ(2, contexts.setUp());
 }
 
 }  // namespace

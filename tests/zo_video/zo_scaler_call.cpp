@@ -1,6 +1,41 @@
 #include "zo_scaler_call.h"
 
+#include <algorithm>
+
 #include "zo_video/zo_ffmpeg_handles.h"
+
+namespace {
+
+int contexts_set_up = 0;  // NOLINT: by the function below
+
+}  // namespace
+
+extern "C" {
+
+SwsContext* __real_sws_getCachedContext(SwsContext* p_context, int src_width, int src_height,
+                                        AVPixelFormat src_format, int dst_width, int dst_height,
+                                        AVPixelFormat dst_format, int flags, SwsFilter* p_src_filter,
+                                        SwsFilter* p_dst_filter, const double* p_parameters);
+SwsContext* __wrap_sws_getCachedContext(SwsContext* p_context, int src_width, int src_height,
+                                        AVPixelFormat src_format, int dst_width, int dst_height,
+                                        AVPixelFormat dst_format, int flags, SwsFilter* p_src_filter,
+                                        SwsFilter* p_dst_filter, const double* p_parameters);
+
+SwsContext* __wrap_sws_getCachedContext(SwsContext* p_context, int src_width, int src_height,
+                                        AVPixelFormat src_format, int dst_width, int dst_height,
+                                        AVPixelFormat dst_format, int flags, SwsFilter* p_src_filter,
+                                        SwsFilter* p_dst_filter, const double* p_parameters) {
+  static int last[7] = {};
+  const int wanted[7] = {src_width, src_height, src_format, dst_width, dst_height, dst_format, flags};
+  // A context for other parameters may get the address of the one that it replaces.
+  const bool keeps = p_context != nullptr && std::equal(wanted, wanted + 7, last);
+  std::copy(wanted, wanted + 7, last);
+  contexts_set_up += keeps ? 0 : 1;
+  return __real_sws_getCachedContext(p_context, src_width, src_height, src_format, dst_width, dst_height,
+                                     dst_format, flags, p_src_filter, p_dst_filter, p_parameters);
+}
+
+}  // extern "C"
 
 namespace zo {
 namespace test {
@@ -31,6 +66,12 @@ ScalerImage::ScalerImage(const AVFrame* p_frame, AVPixelFormat format_)
     data[i] = p_frame->data[i];
     strides[i] = p_frame->linesize[i];
   }
+}
+
+ScaleContextCount::ScaleContextCount() : _before(contexts_set_up) {}
+
+int ScaleContextCount::setUp() const {
+  return contexts_set_up - _before;
 }
 
 int callScaler(const ScalerImage& source, const ScalerImage& destination, int flags) {

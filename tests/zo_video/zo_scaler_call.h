@@ -29,6 +29,17 @@ struct ScalerImage {
 /// context for these parameters.
 int callScaler(const ScalerImage& source, const ScalerImage& destination, int flags);
 
+/// How many scale contexts sws_getCachedContext() has set up anew since this object was made, in a program
+/// that is linked with --wrap for it.
+class ScaleContextCount {
+ public:
+  ScaleContextCount();
+  int setUp() const;
+
+ private:
+  const int _before;
+};
+
 /// Formats that the scaler both reads and writes.
 extern const FrameFormat SCALABLE_FORMATS[10];
 

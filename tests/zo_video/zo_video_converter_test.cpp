@@ -378,8 +378,9 @@ TEST(ConverterTest, LeavesTheDestinationAloneWhenThereIsNoMemoryForIt) {
 }
 
 TEST(ConverterTest, ReportsTheRowsThatTheScalerReturnedForASourceWithoutPixels) {
-  const Frame source(FrameLayout(ZO_FRAME_FORMAT_BGR24, Size(16, 16), {{48, 0, 0, 0}}), DeviceContext(),
-                     DevicePtr());
+  Frame source(FrameLayout(ZO_FRAME_FORMAT_BGR24, Size(16, 16), {{48, 0, 0, 0}}), DeviceContext(),
+               DevicePtr());
+  source.setTimestamp(5);
   ASSERT_FALSE(source.initialized());
   Frame input = source;
   Frame output = prepared(ZO_FRAME_FORMAT_GRAY8, Size(8, 8));
@@ -387,12 +388,90 @@ TEST(ConverterTest, ReportsTheRowsThatTheScalerReturnedForASourceWithoutPixels) 
   const int rows = test::callScaler(test::ScalerImage(input, AV_PIX_FMT_BGR24),
                                     test::ScalerImage(output, AV_PIX_FMT_GRAY8), SWS_BICUBIC);
   ASSERT_NE(8, rows);
-  Frame result;
+  Frame result = prepared(ZO_FRAME_FORMAT_BGR24, Size(4, 4));
+  result.setTimestamp(9);
   EXPECT_ZO_EXCEPTION_FROM(
       SOURCE_FILE, VideoConverter().convert(source, ZO_FRAME_FORMAT_GRAY8, Size(8, 8), result, BICUBIC),
       ZO_STATUS_UNEXPECTED_RESULT,
       "sws_scale() returned " + std::to_string(rows) + ", expected height_dst(8)", "convert");
+  EXPECT_EQ(ZO_FRAME_FORMAT_GRAY8, result.format());
+  EXPECT_EQ(Size(8, 8), result.size());
+  EXPECT_TRUE(result.initialized());
+  EXPECT_EQ(9, result.timestamp()) << "only a conversion that succeeds copies it";
 }
+
+TEST(ConverterTest, SetsUpOneScaleContextForTenLikeConversionsAndNoneForCopies) {
+  VideoConverter converter;
+  Frame result;
+  const test::ScaleContextCount contexts;
+  for (int number = 0; number < 10; ++number) {
+    const Frame source = test::makeNumberedFrame(ZO_FRAME_FORMAT_BGR24, Size(40, 30), number);
+    converter.convert(source, ZO_FRAME_FORMAT_BGR24, Size(40, 30), result, BICUBIC);
+    EXPECT_EQ(number > 0 ? 1 : 0, contexts.setUp());
+    converter.convert(source, ZO_FRAME_FORMAT_GRAY8, Size(20, 15), result, BICUBIC);
+    EXPECT_EQ(number, test::paintedNumber(result));
+    EXPECT_EQ(1, contexts.setUp());
+  }
+  const Frame source = test::makeNumberedFrame(ZO_FRAME_FORMAT_BGR24, Size(40, 30), 3);
+  converter.convert(source, ZO_FRAME_FORMAT_GRAY8, Size(20, 15), result,
+                    VideoConverter::ZO_SCALE_ALGORITHM_AREA);
+  EXPECT_EQ(2, contexts.setUp());
+}
+
+// Formats that the scaler does not know, over memory of the caller.
+class UnscalableFormats : public testing::TestWithParam<std::tuple<int, const char*>> {
+ protected:
+  FrameFormat format() const { return static_cast<FrameFormat>(std::get<0>(GetParam())); }
+  Frame source() {
+    for (std::size_t i = 0; i < sizeof(_bytes); ++i) {
+      _bytes[i] = static_cast<unsigned char>(i + 1);
+    }
+    Frame frame(FrameLayout(format(), Size(4, 3), {{5, 2, 0, 0}}), DeviceContext(),
+                DevicePtr(static_cast<void*>(_bytes)));
+    frame.setTimestamp(5);
+    return frame;
+  }
+
+  unsigned char _bytes[5 * 3 + 2 * 3] = {};
+};
+
+TEST_P(UnscalableFormats, AreCopiedToThemselvesBeforeFormatOrAlgorithmIsLookedAt) {
+  const Frame frame = source();
+  Frame result = prepared(ZO_FRAME_FORMAT_GRAY8, Size(4, 3));
+  VideoConverter().convert(frame, format(), Size(4, 3), result,
+                           static_cast<VideoConverter::ScaleAlgorithm>(9));
+  EXPECT_EQ(format(), result.format());
+  EXPECT_EQ(Size(4, 3), result.size());
+  EXPECT_EQ(2U, result.planeCount());
+  EXPECT_NE(frame.planeData(0), result.planeData(0));
+  EXPECT_TRUE(test::samePixels(frame, result));
+  EXPECT_EQ(5, result.timestamp());
+}
+
+TEST_P(UnscalableFormats, AreRefusedInAnotherSize) {
+  const Frame frame = source();
+  Frame result = prepared(ZO_FRAME_FORMAT_GRAY8, Size(4, 3));
+  EXPECT_ZO_EXCEPTION_FROM("src/zo_video/zo_video_helpers",
+                           VideoConverter().convert(frame, format(), Size(8, 3), result, BICUBIC),
+                           std::string(std::get<1>(GetParam())).find("does not exist") == std::string::npos
+                               ? ZO_STATUS_NOT_SUPPORTED
+                               : ZO_STATUS_INVALID_ARGUMENT,
+                           std::get<1>(GetParam()), "frameFormatToAvPixelFormat");
+  EXPECT_EQ(format(), result.format());
+  EXPECT_EQ(Size(8, 3), result.size());
+}
+
+INSTANTIATE_TEST_SUITE_P(All, UnscalableFormats,
+                         testing::Values(std::make_tuple(3, "FrameFormat with value (3) does not exist"),
+                                         std::make_tuple(5, "FrameFormat with value (5) does not exist"),
+                                         std::make_tuple(16, CUSTOM_MESSAGE),
+                                         std::make_tuple(17, "FrameFormat with value (17) does not exist"),
+                                         std::make_tuple(18, "FrameFormat with value (18) does not exist"),
+                                         std::make_tuple(19, CUSTOM_MESSAGE),
+                                         std::make_tuple(20, CUSTOM_MESSAGE),
+                                         std::make_tuple(21, "FrameFormat with value (21) does not exist"),
+                                         std::make_tuple(-1, "FrameFormat with value (-1) does not exist")),
+                         [](const auto& test_case) { return "Case" + std::to_string(test_case.index); });
 
 TEST(ConverterTest, CopiesAnEmptyFrameAsAnEmptyOne) {
   Frame result = prepared(ZO_FRAME_FORMAT_GRAY8, Size(4, 4));
