@@ -67,6 +67,11 @@ int __wrap_av_seek_frame(AVFormatContext* p_format, int stream_index, int64_t ti
   if (calls.on_seek && calls.on_seek(calls.seeks.back(), result)) {
     return result;
   }
+  const AVIOInterruptCB& interrupt = p_format->interrupt_callback;
+  if (calls.poll_before_seeking && interrupt.callback != nullptr &&
+      interrupt.callback(interrupt.opaque) != 0) {
+    return AVERROR_EXIT;
+  }
   return __real_av_seek_frame(p_format, stream_index, timestamp, flags);
 }
 

@@ -48,6 +48,9 @@ struct FfmpegCalls {
   /// fails when it says so; or polls it when the packet is already there, and delivers it all the same.
   bool poll_before_reading = false;
   bool poll_after_reading = false;
+  /// Every av_seek_frame() polls it first, as one that looks for its target in the file does, and fails when
+  /// it says so.
+  bool poll_before_seeking = false;
 
   void reset() { *this = FfmpegCalls(); }
   void resetCounts() {

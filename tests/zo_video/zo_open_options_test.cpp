@@ -15,6 +15,7 @@ extern "C" {
 #include "zo_core/zo_exception.h"
 #include "zo_video/zo_ffmpeg_compat.h"
 #include "zo_video/zo_video_reader.h"
+#include "zo_video_c/zo_video_c.h"
 
 using Options = std::map<std::string, std::string>;
 
@@ -101,6 +102,16 @@ TEST_P(SocketTimeout, KeepsItsNewNameFromOtherSourcesWhenTheyWouldRefuseSoLargeA
   for (const char* url : {"http://127.0.0.1:1/clip.ts", "udp://127.0.0.1:1", "clip.mp4", ""}) {
     EXPECT_EQ(fits ? withNewName() : withoutNewName(), optionsFor(url, GetParam().ms)) << url;
   }
+}
+
+TEST_P(SocketTimeout, IsTheOneThatThePlainFunctionWasGiven) {
+  const std::string url = "rtsp://127.0.0.1:1/live";
+  ZoVideoReader* p_reader = nullptr;
+  seen_options.clear();
+  EXPECT_EQ(::ZO_STATUS_OPEN_ERROR,
+            zoVideoReader_create(nullptr, nullptr, url.c_str(), static_cast<unsigned>(url.size()),
+                                 GetParam().ms, 0, 0, 0, &p_reader, nullptr, 0));
+  EXPECT_EQ(withNewName(), seen_options);
 }
 
 INSTANTIATE_TEST_SUITE_P(Budgets, SocketTimeout,
