@@ -107,6 +107,14 @@ INSTANTIATE_TEST_SUITE_P(Kinds, ImageFileFailure,
                                                   479, 587, "caught unknown exception."}),
                          [](const auto& i) { return i.param.name; });
 
+// The coders are made before anything else, and what fails there is not wrapped.
+TEST_P(ImageFileFailure, WhileTheCoderIsMadeComesOutAsItIs) {
+  const std::string missing = _directory.file("missing.jpg");
+  Frame frame;
+  EXPECT_TRUE(runWithFailure(0, GetParam().thrown, [&] { imageRead(missing, frame); }).unchanged);
+  EXPECT_TRUE(runWithFailure(0, GetParam().thrown, [&] { imageWrite(missing, frame, 0); }).unchanged);
+}
+
 // The functions that do not wrap let std::bad_alloc through; the leak checker watches.
 template <class Body>
 void expectEachFailurePasses(Body&& body) {

@@ -17,6 +17,7 @@
 #include "zo_test_exception.h"
 #include "zo_test_files.h"
 #include "zo_test_picture.h"
+#include "zo_turbojpeg_calls.h"
 #include "zo_video/zo_image_io.h"
 #include "zo_video/zo_jpeg_decoder.h"
 #include "zo_video/zo_jpeg_encoder.h"
@@ -222,6 +223,20 @@ TEST(ImageRead, GivesAnEmptyFileToTheDecoder) {
                     "Failed to decode frame. Error code -1");
 }
 
+TEST(ImageRead, ReportsADecoderThatCannotBeMadeAsItIsAndBeforeItLooksForTheFile) {
+  TurboJpegAnswers answers;
+  answers.refuseInstances();
+  Frame frame;
+  for (const char* p_path : {"/nonexistent/a.jpg", ""}) {
+    const Exception e = caughtZoException([&] { imageRead(p_path, frame); });
+    EXPECT_EQ(ZO_STATUS_OUT_OF_MEMORY, e.status());
+    EXPECT_STREQ("Not enough memory to initialize JPEG decoder.", e.what());
+    EXPECT_STREQ("Impl", e.function());
+    EXPECT_STREQ("src/zo_video/zo_jpeg_decoder", e.file());
+    EXPECT_EQ(nullptr, e.previous());
+  }
+}
+
 TEST(ImageRead, LeavesTheFrameAloneUntilAHeaderWasRead) {
   const TempDir directory;
   writeFile(directory.file("text.jpg"), "no picture");
@@ -330,6 +345,19 @@ TEST(ImageWrite, PassesOnTheStatusOfACompressionThatFails) {
   fillFrame(frame, 7);
   expectWriteFailure(directory.file("a.jpg"), frame, 90, ZO_STATUS_CODEC_ERROR, 0,
                      "Failed to encode frame. Error code -1");
+}
+
+// Unlike a decoder, an encoder is only found to be useless when it is to encode: the file is open then.
+TEST(ImageWrite, ReportsAnEncoderWithoutItsCoderAfterTheFileWasOpened) {
+  const TempDir directory;
+  const Frame good = makeNumberedFrame(ZO_FRAME_FORMAT_BGR24, Size(8, 8), 1);
+  TurboJpegAnswers answers;
+  answers.refuseInstances();
+  expectWriteFailure("/nonexistent/a.jpg", good, 90, ZO_STATUS_OPEN_ERROR, 519,
+                     "Failure in imageWrite(...): cannot open file '/nonexistent/a.jpg' for writing");
+  expectWriteFailure(directory.file("a.jpg"), good, 90, ZO_STATUS_NULL_POINTER, 0,
+                     "Error in encode(...) function");
+  EXPECT_EQ("", readFile(directory.file("a.jpg")));
 }
 
 TEST(ImageWrite, ReportsAFolderAndAnEmptyName) {

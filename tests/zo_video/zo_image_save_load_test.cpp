@@ -11,6 +11,7 @@
 
 #include "Simd/SimdLib.hpp"
 #include "zo_core/zo_exception.h"
+#include "zo_image_library.h"
 #include "zo_jpeg_test_support.h"
 #include "zo_test_compare.h"
 #include "zo_test_exception.h"
@@ -148,6 +149,23 @@ INSTANTIATE_TEST_SUITE_P(
                     ZO_FRAME_FORMAT_YUV444_PACKED_IYU2, ZO_FRAME_FORMAT_YUV444_PLANAR),
     [](const auto& i) { return shortName(i.param); });
 
+class ImageSaveWithoutLayout : public testing::TestWithParam<int> {};
+
+TEST_P(ImageSaveWithoutLayout, IsRefusedByNameWhenItHasPixels) {
+  const TempDir directory;
+  unsigned char block[16 * 48] = {};
+  const FrameFormat format = static_cast<FrameFormat>(GetParam());
+  const Frame frame(FrameLayout(format, Size(16, 16), {48, 0, 0, 0}), DeviceContext(), DevicePtr(block));
+  ASSERT_TRUE(frame.initialized());
+  expectError(caughtZoException([&] { imageSave(directory.file("a.png"), frame, 90); }),
+              ZO_STATUS_NOT_SUPPORTED, "imageSave", 898,
+              std::string("Unsupported format ") + toString(format) + " for image saving");
+  EXPECT_NE(0, access(directory.file("a.png").c_str(), F_OK));
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, ImageSaveWithoutLayout,
+                         testing::Values(0, 3, 5, 16, 17, 18, 19, 20, 21, -1));
+
 struct SaveCase {
   const char* name;
   const char* file;
@@ -172,6 +190,9 @@ INSTANTIATE_TEST_SUITE_P(Types, ImageSaveType,
                          CaseName());
 
 TEST(ImageSave, LeavesTheRangeOfTheQualityToTheImageLibrary) {
+  if (!bundledImageLibrary()) {
+    GTEST_SKIP() << "another image library treats such qualities in its own way";
+  }
   const TempDir directory;
   const Frame frame = makeNumberedFrame(ZO_FRAME_FORMAT_BGR24, Size(64, 64), 1);
   const auto saved = [&](int quality) {

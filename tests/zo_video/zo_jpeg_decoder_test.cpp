@@ -10,9 +10,11 @@
 #include <tuple>
 
 #include "zo_jpeg_test_support.h"
+#include "zo_test_compare.h"
 #include "zo_test_exception.h"
 #include "zo_test_names.h"
 #include "zo_test_picture.h"
+#include "zo_turbojpeg_calls.h"
 #include "zo_video/zo_jpeg_decoder_impl.h"
 
 namespace zo {
@@ -116,6 +118,27 @@ TEST(JpegDecoder, PutsCbIntoPlaneOneOfA420Picture) {
   EXPECT_LT(planeMean(frame, 1), 80);
   EXPECT_GT(planeMean(frame, 2), 150);
 }
+
+class JpegDecoderColourSpace : public testing::TestWithParam<int> {};
+
+TEST_P(JpegDecoderColourSpace, IsRefusedWhenItIsUnknownAndTheFrameIsLeftAlone) {
+  const Bytes jpeg = bareEncodeYuv(makeYuvPicture(Size(32, 16), TJSAMP_420), 90);
+  const Frame before = makeNumberedFrame(ZO_FRAME_FORMAT_BGR24, Size(9, 7), 3);
+  Frame frame = before;
+  JpegDecoder decoder;
+  {
+    TurboJpegAnswers answers;
+    answers.setColourSpace(GetParam());
+    EXPECT_ZO_EXCEPTION_FROM(FILE_NAME,
+                             decoder.decode(jpeg.data(), static_cast<unsigned>(jpeg.size()), frame),
+                             ZO_STATUS_NOT_SUPPORTED, "Unsupported JPEG color space", "decode");
+  }
+  EXPECT_TRUE(samePixels(before, frame));
+  decoder.decode(jpeg.data(), static_cast<unsigned>(jpeg.size()), frame);
+  EXPECT_EQ(ZO_FRAME_FORMAT_YUV420_PLANAR_I420, frame.format());
+}
+
+INSTANTIATE_TEST_SUITE_P(Values, JpegDecoderColourSpace, testing::Values(-1, 5, 99, INT_MAX));
 
 TEST(JpegDecoder, ReadsProgressiveAndArithmeticCodedPictures) {
   for (int kind = 0; kind < 4; ++kind) {

@@ -390,14 +390,23 @@ TEST(JpegEncoder, ChecksFrameThenQualityThenCoderThenFormat) {
   EXPECT_ZO_EXCEPTION(encoder.encode(unsupported, 90, out), ZO_STATUS_NULL_POINTER, PLAIN_REFUSAL, "encode");
 }
 
-TEST(JpegEncoder, ReportsTheCodeOfACompressionThatFails) {
+class JpegEncoderTooWide : public testing::TestWithParam<FrameFormat> {};
+
+TEST_P(JpegEncoderTooWide, IsReportedWithTheCodeOfTheCompressionThatFails) {
   // JPEG has no pictures of more than 65500 pixels a side with this coder.
   Frame frame;
-  frame.reuse(ZO_FRAME_FORMAT_GRAY8, Size(70000, 1), DeviceContext(), 0);
+  frame.reuse(GetParam(), Size(70000, 1), DeviceContext(), 0);
   fillFrame(frame, 7);
   EXPECT_ZO_EXCEPTION_FROM("src/zo_video/zo_jpeg_encoder", encode(frame, 90), ZO_STATUS_CODEC_ERROR,
                            "Failed to encode frame. Error code -1", "checkEncoderError");
 }
+
+INSTANTIATE_TEST_SUITE_P(Formats, JpegEncoderTooWide,
+                         testing::Values(ZO_FRAME_FORMAT_GRAY8, ZO_FRAME_FORMAT_RGB24, ZO_FRAME_FORMAT_BGR24,
+                                         ZO_FRAME_FORMAT_YUV420_PLANAR_I420,
+                                         ZO_FRAME_FORMAT_YUV420_PLANAR_YV12, ZO_FRAME_FORMAT_YUV422_PLANAR,
+                                         ZO_FRAME_FORMAT_YUV444_PLANAR),
+                         [](const auto& i) { return shortName(i.param); });
 
 TEST(JpegEncoder, GoesOnAfterAnyRefusal) {
   JpegEncoder encoder;

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "zo_core/zo_exception.h"
+#include "zo_image_library.h"
 #include "zo_jpeg_test_support.h"
 #include "zo_test_compare.h"
 #include "zo_test_exception.h"
@@ -41,8 +42,12 @@ TEST_P(EncodeJpegKind, DependsOnFormatAndQuality) {
       EXPECT_EQ(size, header.size);
       return header.subsampling;
     };
-    EXPECT_EQ(GetParam().subsampling, subsampling(90));
-    EXPECT_EQ(GetParam().fine_subsampling, subsampling(91));
+    const int common = subsampling(90);
+    const int fine = subsampling(91);
+    if (bundledImageLibrary()) {
+      EXPECT_EQ(GetParam().subsampling, common);
+      EXPECT_EQ(GetParam().fine_subsampling, fine);
+    }
   }
 }
 
@@ -67,6 +72,9 @@ TEST(EncodeJpeg, KeepsTheChromaChannelsOfYuvFramesApart) {
 }
 
 TEST(EncodeJpeg, LeavesTheRangeOfTheQualityToTheImageLibrary) {
+  if (!bundledImageLibrary()) {
+    GTEST_SKIP() << "another image library treats such qualities in its own way";
+  }
   const Frame frame = makeNumberedFrame(ZO_FRAME_FORMAT_YUV420_SEMIPLANAR_NV12, Size(64, 48), 3);
   const auto encoded = [&](int quality) { return bytesOf(*encodeJpeg(frame, quality)); };
   EXPECT_EQ(encoded(90), encoded(0));
@@ -107,7 +115,25 @@ INSTANTIATE_TEST_SUITE_P(Formats, EncodeJpegFormat,
                                          ZO_FRAME_FORMAT_YUV444_PACKED_IYU2, ZO_FRAME_FORMAT_YUV444_PLANAR),
                          [](const auto& i) { return shortName(i.param); });
 
+class EncodeJpegWithoutLayout : public testing::TestWithParam<int> {};
+
+TEST_P(EncodeJpegWithoutLayout, IsRefusedByNameWhenItHasPixels) {
+  unsigned char block[16 * 48] = {};
+  const FrameFormat format = static_cast<FrameFormat>(GetParam());
+  const Frame frame(FrameLayout(format, Size(16, 16), {48, 0, 0, 0}), DeviceContext(), DevicePtr(block));
+  ASSERT_TRUE(frame.initialized());
+  EXPECT_ZO_EXCEPTION_FROM(FILE_NAME, encodeJpeg(frame, 90), ZO_STATUS_NOT_SUPPORTED,
+                           std::string("Unsupported format ") + toString(format) + " for JPEG encoding",
+                           "encodeJpeg");
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, EncodeJpegWithoutLayout,
+                         testing::Values(0, 3, 5, 16, 17, 18, 19, 20, 21, -1));
+
 TEST(EncodeJpeg, ReportsWhatTheImageLibraryCannotCompress) {
+  if (!bundledImageLibrary()) {
+    GTEST_SKIP() << "another image library may compress pictures of any width";
+  }
   Frame frame;
   frame.reuse(ZO_FRAME_FORMAT_GRAY8, Size(70000, 1), DeviceContext(), 0);
   fillFrame(frame, 7);
@@ -176,7 +202,8 @@ TEST_P(DecodeJpegKind, GivesBgrWhateverTheFileHolds) {
     EXPECT_EQ(ZO_FRAME_FORMAT_BGR24, p_frame->format());
     EXPECT_EQ(size, p_frame->size());
     EXPECT_TRUE(p_frame->initialized());
-    if (GetParam().colour_space != 4 && GetParam().colour_space != 5) {
+    // Another image library may round, and scale chroma up, in its own way.
+    if (bundledImageLibrary() && GetParam().colour_space != 4 && GetParam().colour_space != 5) {
       const Bytes expected = bareDecodePacked(jpeg, TJPF_BGR);
       EXPECT_EQ(std::string(expected.begin(), expected.end()), packedBytes(*p_frame)) << shortName(size);
     }
