@@ -360,6 +360,10 @@ int VideoReader::Impl::_read(bool& got_frame, IInterruptable* interruptable) {
         decoded = _receivePicture(got_frame);
         continue;
       }
+      // A packet whose time finds no room would be lost.
+      if (!_navigation && _pts_heap.size() == _pts_heap.capacity()) {
+        _pts_heap.reserve(2 * _pts_heap.size() + 16);
+      }
       const PacketRead result = _packet_pending ? PacketRead::PACKET : _readVideoPacket();
       if (result == PacketRead::INTERRUPTED) {
         return 1;

@@ -1,5 +1,7 @@
 #include "zo_ffmpeg_calls.h"
 
+#include <algorithm>
+
 namespace zo {
 namespace test {
 
@@ -8,11 +10,21 @@ FfmpegCalls& ffmpegCalls() {
   return calls;
 }
 
+namespace {
+
+const AVCodec* workingDecoder(const AVCodec* p_codec) {
+  const auto& added = ffmpegCalls().added_decoders;
+  const auto found = added.find(p_codec);
+  return found == added.end() ? p_codec : found->second;
+}
+
+}  // namespace
 }  // namespace test
 }  // namespace zo
 
 using zo::test::ffmpegCalls;
 using zo::test::FfmpegCalls;
+using zo::test::workingDecoder;
 
 // The linker's option --wrap sends every call of f to __wrap_f, and __real_f is the f of FFmpeg.
 extern "C" {
@@ -28,6 +40,9 @@ AVFrame* __real_av_frame_alloc();
 AVCodecContext* __real_avcodec_alloc_context3(const AVCodec* p_codec);
 int __real_avcodec_parameters_to_context(AVCodecContext* p_codec, const AVCodecParameters* p_parameters);
 int __real_avcodec_open2(AVCodecContext* p_context, const AVCodec* p_codec, AVDictionary** pp_options);
+int __real_avformat_find_stream_info(AVFormatContext* p_format, AVDictionary** pp_options);
+const AVCodec* __real_avcodec_find_decoder_by_name(const char* name);
+long long __real__ZN2zo18getMonotonicTimeMsEv();
 
 int __wrap_av_read_frame(AVFormatContext* p_format, AVPacket* p_packet);
 int __wrap_av_seek_frame(AVFormatContext* p_format, int stream_index, int64_t timestamp, int flags);
@@ -40,6 +55,9 @@ AVFrame* __wrap_av_frame_alloc();
 AVCodecContext* __wrap_avcodec_alloc_context3(const AVCodec* p_codec);
 int __wrap_avcodec_parameters_to_context(AVCodecContext* p_codec, const AVCodecParameters* p_parameters);
 int __wrap_avcodec_open2(AVCodecContext* p_context, const AVCodec* p_codec, AVDictionary** pp_options);
+int __wrap_avformat_find_stream_info(AVFormatContext* p_format, AVDictionary** pp_options);
+const AVCodec* __wrap_avcodec_find_decoder_by_name(const char* name);
+long long __wrap__ZN2zo18getMonotonicTimeMsEv();
 
 int __wrap_av_read_frame(AVFormatContext* p_format, AVPacket* p_packet) {
   FfmpegCalls& calls = ffmpegCalls();
@@ -122,7 +140,7 @@ AVFrame* __wrap_av_frame_alloc() {
 }
 
 AVCodecContext* __wrap_avcodec_alloc_context3(const AVCodec* p_codec) {
-  return ffmpegCalls().no_decoder_context ? nullptr : __real_avcodec_alloc_context3(p_codec);
+  return ffmpegCalls().no_decoder_context ? nullptr : __real_avcodec_alloc_context3(workingDecoder(p_codec));
 }
 
 int __wrap_avcodec_parameters_to_context(AVCodecContext* p_codec, const AVCodecParameters* p_parameters) {
@@ -131,8 +149,35 @@ int __wrap_avcodec_parameters_to_context(AVCodecContext* p_codec, const AVCodecP
 }
 
 int __wrap_avcodec_open2(AVCodecContext* p_context, const AVCodec* p_codec, AVDictionary** pp_options) {
+  ffmpegCalls().decoders_opened.push_back(p_codec);
   return ffmpegCalls().no_decoder_open ? AVERROR(EINVAL)
-                                       : __real_avcodec_open2(p_context, p_codec, pp_options);
+                                       : __real_avcodec_open2(p_context, workingDecoder(p_codec), pp_options);
+}
+
+int __wrap_avformat_find_stream_info(AVFormatContext* p_format, AVDictionary** pp_options) {
+  FfmpegCalls& calls = ffmpegCalls();
+  calls.looking_at_streams = true;
+  int result = __real_avformat_find_stream_info(p_format, pp_options);
+  calls.looking_at_streams = false;
+  if (calls.on_stream_information) {
+    calls.on_stream_information(p_format, result);
+  }
+  calls.stream_information = result;
+  return result;
+}
+
+const AVCodec* __wrap_avcodec_find_decoder_by_name(const char* name) {
+  FfmpegCalls& calls = ffmpegCalls();
+  calls.decoders_looked_up.push_back(name);
+  const auto found =
+      std::find_if(calls.added_decoders.begin(), calls.added_decoders.end(),
+                   [&](const auto& added) { return calls.decoders_looked_up.back() == added.first->name; });
+  return found == calls.added_decoders.end() ? __real_avcodec_find_decoder_by_name(name) : found->first;
+}
+
+// zo::getMonotonicTimeMs()
+long long __wrap__ZN2zo18getMonotonicTimeMsEv() {
+  return ffmpegCalls().clock_ms ? *ffmpegCalls().clock_ms : __real__ZN2zo18getMonotonicTimeMsEv();
 }
 
 }  // extern "C"

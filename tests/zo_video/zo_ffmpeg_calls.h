@@ -3,6 +3,9 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
+#include <optional>
+#include <string>
 #include <vector>
 
 extern "C" {
@@ -29,6 +32,10 @@ struct FfmpegCalls {
   int pictures_received = 0;
   int flushes = 0;
   std::vector<Seek> seeks;
+  std::vector<std::string> decoders_looked_up;  ///< by name
+  std::vector<const AVCodec*> decoders_opened;
+  int stream_information = 0;       ///< what avformat_find_stream_info() has returned
+  bool looking_at_streams = false;  ///< it is running
 
   // What to do instead, when set. They see each call before FFmpeg does; a result other than nothing is
   // returned to the reader in its place.
@@ -36,6 +43,10 @@ struct FfmpegCalls {
   std::function<bool(const Seek& seek, int& result)> on_seek;
   std::function<bool(int& result)> on_send;  ///< not for the packet that drains
   std::function<bool(int& result)> on_receive;
+  /// Sees what avformat_find_stream_info() has found, and may change that and the answer.
+  std::function<void(AVFormatContext* p_format, int& result)> on_stream_information;
+  /// Decoders that only this program knows, and which of FFmpeg's does the work of each.
+  std::map<const AVCodec*, const AVCodec*> added_decoders;
   bool empty_pictures = false;         ///< avcodec_receive_frame() drops what it puts into its pictures
   bool no_format_context = false;      ///< avformat_alloc_context() gives null
   bool no_packet = false;              ///< av_packet_alloc() gives null
@@ -51,6 +62,9 @@ struct FfmpegCalls {
   /// Every av_seek_frame() polls it first, as one that looks for its target in the file does, and fails when
   /// it says so.
   bool poll_before_seeking = false;
+
+  /// The time on the reader's clock in place of the real one.
+  std::optional<long long> clock_ms;
 
   void reset() { *this = FfmpegCalls(); }
   void resetCounts() {

@@ -92,6 +92,78 @@ INSTANTIATE_TEST_SUITE_P(
       return std::string(std::get<0>(test.param).name) + (std::get<1>(test.param) ? "Indexed" : "");
     });
 
+TEST(StreamInformation, ThatCannotBeFoundIsNamedWithItsReason) {
+  const std::string path = clip();
+  for (const int code : {AVERROR(EIO), AVERROR(ENOMEM), AVERROR_INVALIDDATA, AVERROR_EXIT, -1}) {
+    ffmpegCalls().reset();
+    ffmpegCalls().on_stream_information = [code](AVFormatContext*, int& result) { result = code; };
+    Reader reader;
+    EXPECT_ZO_EXCEPTION_FROM(
+        SOURCE, reader.open(path.c_str(), -1, nullptr, true, true, false), ZO_STATUS_DECODER_ERROR,
+        "initializing decoder: avformat_find_stream_info() returned error " + errorText(code), "open");
+    ffmpegCalls().reset();
+    EXPECT_STREQ("", reader.url());
+    EXPECT_EQ(nullptr, reader.getMetadataValue("encoder"));
+    EXPECT_EQ(ZO_STATUS_NOT_OPENED, caughtZoException([&] { nextFrame(reader); }).status());
+  }
+}
+
+class HardwareDecoder : public testing::Test {
+ protected:
+  // Known under the name of the hardware decoder; FFmpeg's own does its work.
+  HardwareDecoder() {
+    ffmpegCalls().reset();
+    _decoder.name = "h264_mmal";
+    _decoder.type = AVMEDIA_TYPE_VIDEO;
+    _decoder.id = AV_CODEC_ID_H264;
+    ffmpegCalls().added_decoders[&_decoder] = avcodec_find_decoder(AV_CODEC_ID_H264);
+  }
+  ~HardwareDecoder() override { ffmpegCalls().reset(); }
+
+  // Opens a clip of six pictures and reads it.
+  void open(const char* codec) {
+    ClipOptions options;
+    options.codec = codec;
+    options.frames = 6;
+    const std::string path = makeClip(_directory.file("clip.mkv"), options).path;
+    ffmpegCalls().decoders_looked_up.clear();
+    ffmpegCalls().decoders_opened.clear();
+    ASSERT_EQ(0, _reader.open(path.c_str(), -1, nullptr, false, false, false));
+    EXPECT_EQ(countingUp(6), numbersToTheEnd(_reader));
+  }
+
+  TempDir _directory;
+  Reader _reader;  // makes FFmpeg's decoders known
+  AVCodec _decoder{};
+};
+
+TEST_F(HardwareDecoder, IsPreferredForH264) {
+  if (!haveEncoder("libx264")) {
+    GTEST_SKIP() << "this FFmpeg cannot encode libx264";
+  }
+  open("libx264");
+  EXPECT_EQ((std::vector<std::string>{"h264_mmal"}), ffmpegCalls().decoders_looked_up);
+  EXPECT_EQ((std::vector<const AVCodec*>{&_decoder}), ffmpegCalls().decoders_opened);
+}
+
+TEST_F(HardwareDecoder, IsDoneWithoutWhereThereIsNone) {
+  if (!haveEncoder("libx264")) {
+    GTEST_SKIP() << "this FFmpeg cannot encode libx264";
+  }
+  _decoder.name = "another";
+  open("libx264");
+  EXPECT_EQ((std::vector<std::string>{"h264_mmal"}), ffmpegCalls().decoders_looked_up);
+  ASSERT_EQ(1U, ffmpegCalls().decoders_opened.size());
+  EXPECT_NE(&_decoder, ffmpegCalls().decoders_opened.front());
+}
+
+TEST_F(HardwareDecoder, IsNotAskedForWithOtherCodecs) {
+  open("mpeg4");
+  EXPECT_TRUE(ffmpegCalls().decoders_looked_up.empty());
+  ASSERT_EQ(1U, ffmpegCalls().decoders_opened.size());
+  EXPECT_NE(&_decoder, ffmpegCalls().decoders_opened.front());
+}
+
 class FailingDecoder : public testing::TestWithParam<bool> {
  protected:
   void SetUp() override {

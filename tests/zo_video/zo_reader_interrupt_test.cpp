@@ -5,7 +5,9 @@
 #include <functional>
 #include <memory>
 #include <stdexcept>
+#include <string>
 #include <thread>
+#include <tuple>
 
 #include "zo_reader_steps.h"
 #include "zo_test_support.h"
@@ -178,28 +180,6 @@ TEST_F(LocalFile, ClosesWhatWasOpenBeforeAnInterruptedOpen) {
   expectNotOpen(reader);
 }
 
-// Wherever the opening is stopped, it ends in one of the ways that are documented.
-TEST_F(LocalFile, CanBeStoppedAtEveryPollOfOpening) {
-  StopAfter count(0);
-  VideoReader reader;
-  ASSERT_EQ(0, open(reader, _path, -1, &count));
-  ASSERT_GT(count.polls, 1);
-  for (int limit = 1; limit <= count.polls; ++limit) {
-    StopAfter stop(limit);
-    try {
-      if (open(reader, _path, -1, &stop) == 1) {
-        expectNotOpen(reader);
-      }
-    } catch (const Exception& exception) {
-      EXPECT_EQ(ZO_STATUS_DECODER_ERROR, exception.status());
-      EXPECT_EQ(0U, std::string(exception.what())
-                        .find("initializing decoder: avformat_find_stream_info() returned error "))
-          << exception.what();
-      expectNotOpen(reader);
-    }
-  }
-}
-
 TEST_F(LocalFile, IsPolledThroughTheObjectOfTheRunningCallOnly) {
   StopAfter while_opening(0);
   VideoReader reader;
@@ -209,6 +189,111 @@ TEST_F(LocalFile, IsPolledThroughTheObjectOfTheRunningCallOnly) {
   EXPECT_EQ(30U, test::readAll(reader).size());
   EXPECT_EQ(polls, while_opening.polls);
 }
+
+// ---- Wherever the opening is stopped, it ends in one of the ways that are documented
+
+enum class Mode { IN_ORDER, INDEXED, INDEXED_SKIPPING_ERRORS };
+
+class StoppedOpening : public Interruption,
+                       public testing::WithParamInterface<std::tuple<const char*, Mode>> {
+ protected:
+  static constexpr std::size_t FRAMES = 60;
+
+  // Too large to be in the input's buffer when the opening begins.
+  void SetUp() override {
+    const std::string extension = std::get<0>(GetParam());
+    ClipOptions options;
+    options.codec = extension == "ts" ? "mpeg2video" : "mpeg4";
+    options.frames = static_cast<int>(FRAMES);
+    options.width = 128;
+    options.height = 96;
+    _path = test::makeClip(_directory.file("a." + extension), options).path;
+  }
+
+  static Mode mode() { return std::get<1>(GetParam()); }
+
+  int openAsked(IInterruptable* p_interruptable) {
+    return _reader.open(_path.c_str(), -1, p_interruptable, mode() != Mode::IN_ORDER,
+                        mode() == Mode::INDEXED_SKIPPING_ERRORS, false);
+  }
+
+  static bool startsWith(const std::string& text, const std::string& start) {
+    return text.compare(0, start.size(), start) == 0;
+  }
+
+  // The error of the step that was stopped.
+  static bool isDocumented(const Exception& exception) {
+    const std::string message = exception.what();
+    switch (exception.status()) {
+      case ZO_STATUS_DECODER_ERROR:
+        return startsWith(message, "initializing decoder: avformat_find_stream_info() returned error ");
+      case ZO_STATUS_READ_ERROR:
+        return mode() == Mode::INDEXED && startsWith(message, "_readAllPackets: av_read_frame() returned ");
+      case ZO_STATUS_SEEK_ERROR:
+        return mode() != Mode::IN_ORDER &&
+               startsWith(message,
+                          "_seekToStart: failed to seek to the start frame. av_seek_frame(...) returned ");
+      default:
+        return false;
+    }
+  }
+
+  // Nobody asks to stop any more. The packet that was cut in two may be refused; the end is the end.
+  void expectReadableToTheEnd() {
+    Frame frame;
+    bool got_frame = true;
+    for (std::size_t reads = 0; got_frame; ++reads) {
+      ASSERT_LT(reads, 2 * FRAMES) << "the stream does not end";
+      try {
+        EXPECT_EQ(0, _reader.read(frame, got_frame, nullptr));
+      } catch (const Exception& exception) {
+        EXPECT_TRUE(startsWith(exception.what(), "read frame: avcodec_send_packet() returned error "))
+            << exception.what();
+        got_frame = true;
+      }
+    }
+  }
+
+  test::TempDir _directory;
+  std::string _path;
+  VideoReader _reader;
+};
+
+TEST_P(StoppedOpening, EndsAsDocumentedAtEveryPoll) {
+  StopAfter count(0);
+  ASSERT_EQ(0, openAsked(&count));
+  ASSERT_GT(count.polls, 1);
+  const int stride = static_cast<int>(test::repetitions(1, 3));
+  for (int limit = 1; limit <= count.polls; limit += stride) {
+    SCOPED_TRACE("stopped at poll " + std::to_string(limit) + " of " + std::to_string(count.polls));
+    StopAfter stop(limit);
+    try {
+      if (openAsked(&stop) == 1) {
+        expectNotOpen(_reader);
+        EXPECT_EQ(_path, _reader.url());
+      } else {
+        expectReadableToTheEnd();
+      }
+    } catch (const Exception& exception) {
+      EXPECT_TRUE(isDocumented(exception)) << exception.what();
+      expectNotOpen(_reader);
+    }
+  }
+  ASSERT_EQ(0, openAsked(nullptr));
+  EXPECT_EQ(test::countTo(FRAMES), test::numbersOf(test::readAll(_reader)));
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, StoppedOpening,
+                         testing::Combine(testing::Values("mkv", "mp4", "avi", "ts"),
+                                          testing::Values(Mode::IN_ORDER, Mode::INDEXED,
+                                                          Mode::INDEXED_SKIPPING_ERRORS)),
+                         [](const auto& test_case) {
+                           const Mode mode = std::get<1>(test_case.param);
+                           return std::string(std::get<0>(test_case.param)) +
+                                  (mode == Mode::IN_ORDER  ? "InOrder"
+                                   : mode == Mode::INDEXED ? "Indexed"
+                                                           : "IndexedSkippingErrors");
+                         });
 
 // ---- A server that delivers the start of a clip and then nothing: reading has to wait
 

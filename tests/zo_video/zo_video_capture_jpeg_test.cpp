@@ -186,18 +186,47 @@ TEST_F(Capture, FrameThatCannotBeConvertedCountsAsDelivered) {
   EXPECT_EQ(120, frame.timestamp());
 }
 
-TEST_F(Capture, DamagedFileIsReportedAndReadingGoesOn) {
+/// A clip in which the decoder refuses one packet.
+std::string clipWithRefusedPacket(const std::string& path, int refused, int frames) {
   ClipOptions options;
   options.codec = "mjpeg";
   options.pixel_format = AV_PIX_FMT_YUVJ420P;
-  options.edit_packet = [](int i, AVPacket* p_packet) {
-    if (i == 2) {
+  options.edit_packet = [refused](int i, AVPacket* p_packet) {
+    if (i == refused) {
       std::memset(p_packet->data, 0, static_cast<std::size_t>(p_packet->size));
     }
     return true;
   };
-  options.frames = 6;
-  const std::string path = makeClip(_directory.file("damaged.mov"), options).path;
+  options.frames = frames;
+  return makeClip(path, options).path;
+}
+
+// The third share of ten in a second begins at 200 ms. The reader fails on the way there, at 160 ms.
+TEST_F(Capture, ReaderThatFailsTakesTheJpegAwayAndLeavesTheRateLimitAlone) {
+  VideoCapture capture(false, false);
+  capture.setMaxFps(10);
+  capture.open(clipWithRefusedPacket(_directory.file("damaged.mov"), 4, 10), -1);
+  Frame frame;
+  ASSERT_TRUE(capture.read(frame));
+  ASSERT_TRUE(capture.read(frame));
+  ASSERT_EQ(120, frame.timestamp());
+  Buffer jpeg;
+  long long timestamp = 0;
+  ASSERT_TRUE(capture.readJpeg(jpeg, timestamp));
+  const Exception error = caughtZoException([&] { capture.read(frame); });
+  EXPECT_TRUE(error.status() == ZO_STATUS_READ_ERROR || error.status() == ZO_STATUS_DECODER_ERROR)
+      << error.what();
+  EXPECT_EQ(120, frame.timestamp()) << "the caller's frame stays";
+  jpeg = Buffer("old", 3);
+  timestamp = 77;
+  EXPECT_FALSE(capture.readJpeg(jpeg, timestamp));
+  EXPECT_EQ(3U, jpeg.size());
+  EXPECT_EQ(77, timestamp);
+  EXPECT_EQ((std::vector<long long>{200, 320}), remainingTimes(capture));
+}
+
+TEST_F(Capture, DamagedFileIsReportedAndReadingGoesOn) {
+  const std::string path = clipWithRefusedPacket(_directory.file("damaged.mov"), 2, 6);
   VideoCapture capture(true, false);
   capture.open(path, -1);
   Frame frame;
