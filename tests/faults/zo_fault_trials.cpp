@@ -126,13 +126,31 @@ void* callerOf(const void* p_context) {
 #endif
 }
 
+// Older C libraries are called by their version, and return from signals in a part of their own:
+// libc-2.31.so, libpthread-2.31.so.
+bool isOfCLibrary(const std::string& module) {
+  return startsWith(module, "libc.so") || startsWith(module, "libc-") || startsWith(module, "libpthread");
+}
+
+// This program's own versions of the C library's functions, which let requests fail.
+bool isMemoryFunction(void* p_address) {
+  Dl_info info;
+  if (dladdr(p_address, &info) == 0 || info.dli_sname == nullptr) {
+    return false;
+  }
+  const std::string name = info.dli_sname;
+  return name == "free" || name == "malloc" || name == "calloc" || name == "realloc" ||
+         name == "posix_memalign" || name == "aligned_alloc" || name == "memalign";
+}
+
 // The first on the way back from the fault that is neither the C library's nor nobody's decides.
 [[noreturn]] void tellWhoCrashed(int, siginfo_t*, void* p_context) {
   std::array<void*, 32> frames;
   const int count = backtrace(frames.data(), static_cast<int>(frames.size()));
   for (int i = 1; i < count; ++i) {
-    const std::string module = moduleOf(frames[static_cast<std::size_t>(i)]);
-    if (!module.empty() && !startsWith(module, "libc.so")) {
+    void* const p_frame = frames[static_cast<std::size_t>(i)];
+    const std::string module = moduleOf(p_frame);
+    if (!module.empty() && !isOfCLibrary(module) && !isMemoryFunction(p_frame)) {
       _exit(isForeign(module) ? LIBRARY_CRASHED : CRASHED);
     }
   }
