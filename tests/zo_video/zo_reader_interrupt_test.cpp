@@ -247,8 +247,7 @@ class StoppedOpening : public Interruption,
       try {
         EXPECT_EQ(0, _reader.read(frame, got_frame, nullptr));
       } catch (const Exception& exception) {
-        EXPECT_TRUE(startsWith(exception.what(), "read frame: avcodec_send_packet() returned error "))
-            << exception.what();
+        EXPECT_TRUE(startsWith(exception.what(), "read frame: avcodec_")) << exception.what();
         got_frame = true;
       }
     }
