@@ -26,7 +26,7 @@ if ! [ -s "$work/now" ]; then
   exit 1
 fi
 
-ours='^(zo(Frame|Video)[A-Za-z]*_[a-zA-Z]+|[^ ]+ ((typeinfo|typeinfo name|vtable) for )?zo::.*)$'
+ours='^(zo(Frame|Video)[A-Za-z]*_[a-zA-Z]+|_Z(T[ISV])?NK?2zo[^ ]+ .*)$'
 # A private part (Impl) of an exported class is not for callers either.
 {
   grep -Ev "$ours" "$work/now" || true

@@ -54,7 +54,8 @@ class FailingOpening : public testing::TestWithParam<std::tuple<OpeningStep, boo
 };
 
 TEST_P(FailingOpening, IsReportedAndLeavesAReaderThatCanOpen) {
-  const auto& [step, indexed] = GetParam();
+  const OpeningStep& step = std::get<0>(GetParam());
+  const bool indexed = std::get<1>(GetParam());
   const std::string path = clip();
   const std::string message = std::string(step.message) + (step.names_stream ? " " + errorText(1) : "");
   Reader reader;
