@@ -94,18 +94,19 @@ void VideoConverter::Impl::convert(const Frame& src, FrameFormat dst_format, Siz
     convert(source, dst_format, dst_size, dst, algorithm);
     return;
   }
-  dst.reuse(dst_format, dst_size, DeviceContext(), 0);
   if (src.format() == dst_format && src.size() == dst_size) {
     src.copyTo(dst);
     return;
   }
+  // Before the destination is touched: it is to stay as it is when there is no memory for this.
+  const ScalerPlanes src_planes = readablePlanes(src);
+  dst.reuse(dst_format, dst_size, DeviceContext(), 0);
   const AVPixelFormat src_av_format = frameFormatToAvPixelFormat(src.format());
   const AVPixelFormat dst_av_format = frameFormatToAvPixelFormat(dst_format);
   const int flags = videoConvertorAlgorithmToAvScaleFlags(algorithm);
   prepareScaler(src.size(), src_av_format, dst_size, dst_av_format, flags, FUNCTION);
 
   Frame& target = writable(dst);
-  const ScalerPlanes src_planes = readablePlanes(src);
   const ScalerPlanes dst_planes = planesOf(target);
   const int rows = sws_scale(_p_sws_ctx.get(), src_planes.data, src_planes.strides, 0, src.size().height,
                              dst_planes.data, dst_planes.strides);

@@ -115,6 +115,56 @@ TEST_P(PictureMemory, FailsForConversions) {
   });
 }
 
+// What a conversion writes to is as it was when the library's own memory did not suffice.
+struct OutsideConversion {
+  const char* name;
+  FrameFormat from;
+  FrameFormat to;
+  bool in_place;
+};
+
+class ConversionTarget : public testing::TestWithParam<OutsideConversion> {};
+
+TEST_P(ConversionTarget, StaysAsItIsWhenThereIsNoMemory) {
+  struct Objects {
+    unsigned char pixels[64] = {1, 2, 3, 4, 5, 6, 7, 8};
+    Frame source{FrameLayout(GetParam().from, Size(8, 8), {{8, 0, 0, 0}}), DeviceContext(),
+                 DevicePtr(static_cast<void*>(pixels))};
+    Frame other = makeNumberedFrame(ZO_FRAME_FORMAT_BGR24, Size(5, 3), 9);
+    VideoConverter converter;
+    Frame& target() { return GetParam().in_place ? source : other; }
+  };
+  failEachRequest("no memory: convert from outside memory", Requests::OURS, {Ending::BAD_ALLOC}, [&] {
+    const auto p_objects = std::make_shared<Objects>();
+    p_objects->target().setTimestamp(40);
+    const auto p_before = std::make_shared<Frame>();
+    p_objects->target().copyTo(*p_before);
+    const auto run = [=] {
+      p_objects->converter.convert(p_objects->source, GetParam().to, Size(8, 8), p_objects->target(),
+                                   VideoConverter::ZO_SCALE_ALGORITHM_BICUBIC);
+    };
+    const auto check = [=](bool reported) {
+      if (reported) {
+        EXPECT_TRUE(samePixels(*p_before, p_objects->target()));
+        EXPECT_EQ(40, p_objects->target().timestamp());
+        run();
+      }
+      EXPECT_EQ(GetParam().to, p_objects->target().format());
+      EXPECT_EQ(Size(8, 8), p_objects->target().size());
+    };
+    return Trial{run, check};
+  });
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, ConversionTarget,
+    testing::Values(OutsideConversion{"AnotherFormat", ZO_FRAME_FORMAT_GRAY8, ZO_FRAME_FORMAT_RGB24, false},
+                    OutsideConversion{"InPlace", ZO_FRAME_FORMAT_GRAY8, ZO_FRAME_FORMAT_RGB24, true},
+                    OutsideConversion{"CopyOfGrey", ZO_FRAME_FORMAT_GRAY8, ZO_FRAME_FORMAT_GRAY8, false},
+                    OutsideConversion{"CopyOfACustomFormat", ZO_FRAME_FORMAT_CUSTOM_1,
+                                      ZO_FRAME_FORMAT_CUSTOM_1, false}),
+    [](const auto& test) { return std::string(test.param.name); });
+
 // libswscale does not notice when it cannot have its table for YUV to RGB, and crashes when it looks there.
 TEST_P(PictureMemory, FailsForConversionsFromYuvToRgb) {
   struct Objects {
