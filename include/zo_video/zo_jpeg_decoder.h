@@ -23,11 +23,13 @@ class ZO_VIDEO_API JpegDecoder {
   ///
   /// @param p_buffer  The JPEG data, `size` bytes; not kept.
   /// @throws zo::Exception  ZO_STATUS_NULL_POINTER: p_buffer is null. ZO_STATUS_CODEC_ERROR: no JPEG data,
-  ///                        damaged, or CMYK. ZO_STATUS_NOT_SUPPORTED: another subsampling.
-  ///                        ZO_STATUS_OUT_OF_MEMORY: the coder cannot be set up again after a failure.
-  ///                        std::bad_alloc. `frame` is unchanged, except when the data turns out to be
-  ///                        damaged behind its header: then it has been reshaped and its pixels are
-  ///                        undefined.
+  ///                        damaged, or CMYK. ZO_STATUS_NOT_SUPPORTED: 4:4:0 or 4:1:1 (rarer subsamplings,
+  ///                        which the coder does not know, are ZO_STATUS_CODEC_ERROR).
+  ///                        ZO_STATUS_OUT_OF_MEMORY: the coder cannot be set up for a further picture.
+  ///                        std::bad_alloc. `frame` is unchanged, except where decompression itself fails
+  ///                        (data damaged behind its header, CMYK): then it has been reshaped and its pixels
+  ///                        are undefined. The decoder can be used again in any case; what it decoded before
+  ///                        makes no difference.
   void decode(const unsigned char* p_buffer, unsigned size, Frame& frame);
 
  private:

@@ -22,7 +22,8 @@ enum VideoRotation : int32_t {
 ///
 /// Legal order of calls: open(), then any mix of read() and moveByIndex(), then close(). open() closes first,
 /// so one object may be reopened any number of times, also after an error. The accessors may be called at
-/// any time. Every failure is a thrown zo::Exception (or std::bad_alloc).
+/// any time. Every failure is a thrown zo::Exception or a standard exception: std::bad_alloc, and in open()
+/// std::length_error.
 ///
 /// One thread at a time per reader; different readers are independent. The reader starts no thread, decodes
 /// on the caller's thread with one decoder thread, and prints nothing (the first reader of the process turns

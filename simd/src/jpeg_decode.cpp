@@ -11,8 +11,10 @@ namespace {
 // More scans than any encoder makes: a small file can otherwise keep the decoder busy for hours.
 constexpr int MAX_SCANS = 200;
 
-// A header can claim any size. Flat pictures pack thousands of pixels into a byte, no more.
+// A header can claim any size. Flat pictures pack thousands of pixels into a byte, no more, unless they are
+// coded arithmetically: then any number, of which a large photograph's is let through.
 constexpr uint64_t FREE_PIXELS = 1u << 22;
+constexpr uint64_t FREE_ARITHMETIC_PIXELS = 1u << 26;
 constexpr uint64_t PIXELS_PER_BYTE = 1u << 14;
 
 constexpr JDIMENSION ROWS_AT_A_TIME = 16;
@@ -130,7 +132,8 @@ bool decodeJpeg(const uint8_t* p_data, size_t size, SimdPixelFormatType wanted, 
     wanted = info.jpeg_color_space == JCS_GRAYSCALE ? SimdPixelFormatGray8 : SimdPixelFormatRgb24;
   }
   const uint64_t pixels = static_cast<uint64_t>(info.image_width) * info.image_height;
-  if (pixels > FREE_PIXELS + PIXELS_PER_BYTE * size || !colorSpaceOf(wanted, info.out_color_space) ||
+  const uint64_t free_pixels = info.arith_code != FALSE ? FREE_ARITHMETIC_PIXELS : FREE_PIXELS;
+  if (pixels > free_pixels + PIXELS_PER_BYTE * size || !colorSpaceOf(wanted, info.out_color_space) ||
       !image.create(wanted, info.image_width, info.image_height)) {
     return false;
   }

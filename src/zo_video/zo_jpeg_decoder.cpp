@@ -54,11 +54,20 @@ void JpegDecoder::Impl::checkInstance(const char* function) const {
   }
 }
 
-// A TurboJPEG instance that has failed in the middle of a header may refuse sound data from then on, so none
-// is kept after a failure.
+// An instance keeps the tables of its last picture and would use them for data that lacks its own: damaged
+// data would come out as a picture, and pictures without code tables, as many cameras send them, with the
+// wrong ones. One that has failed in the middle of a header may even refuse sound data from then on. So each
+// picture has a new one; that takes a few microseconds.
+void JpegDecoder::Impl::renewInstance() {
+  if (_used) {
+    _p_decompressor.reset(tjInitDecompress());
+    checkInstance("decode");
+  }
+  _used = true;
+}
+
 void JpegDecoder::Impl::checkDecoderError(int code) {
   if (code < 0) {
-    _p_decompressor.reset();
     throw Exception(nullptr, ZO_STATUS_CODEC_ERROR, "checkDecoderError", SOURCE_FILE, __LINE__,
                     "Failed to decode frame. Error code %d", code);
   }
@@ -70,10 +79,7 @@ void JpegDecoder::Impl::decode(const unsigned char* p_buffer, unsigned size, Fra
     throw Exception(nullptr, ZO_STATUS_NULL_POINTER, FUNCTION, SOURCE_FILE, __LINE__,
                     "Parameter 'p_buffer' is null.");
   }
-  if (_p_decompressor == nullptr) {
-    _p_decompressor.reset(tjInitDecompress());
-    checkInstance(FUNCTION);
-  }
+  renewInstance();
   int width = -1;
   int height = -1;
   int subsampling = -1;
@@ -82,7 +88,7 @@ void JpegDecoder::Impl::decode(const unsigned char* p_buffer, unsigned size, Fra
                                         &colour_space));
   // Data that ends before the picture's header counts as read without an error, with nothing filled in.
   const Size image_size(width, height);
-  if (width < 1 || height < 1 || !jpegDataCanHold(p_buffer, size, image_size)) {
+  if (width < 1 || height < 1) {
     checkDecoderError(-1);
   }
   switch (colour_space) {
@@ -100,9 +106,17 @@ void JpegDecoder::Impl::decode(const unsigned char* p_buffer, unsigned size, Fra
   }
 }
 
+void JpegDecoder::Impl::makeRoom(const unsigned char* p_buffer, unsigned size, Size image_size,
+                                 FrameFormat format, Frame& frame) {
+  if (!jpegDataCanHold(p_buffer, size, image_size)) {
+    checkDecoderError(-1);
+  }
+  frame.reuse(format, image_size, DeviceContext(), 0);
+}
+
 void JpegDecoder::Impl::decodePacked(const unsigned char* p_buffer, unsigned size, Size image_size,
                                      FrameFormat format, int pixel_format, Frame& frame) {
-  frame.reuse(format, image_size, DeviceContext(), 0);
+  makeRoom(p_buffer, size, image_size, format, frame);
   checkDecoderError(tjDecompress2(_p_decompressor.get(), p_buffer, size, frame.planeData(0), image_size.width,
                                   static_cast<int>(frame.planeStride(0)), image_size.height, pixel_format,
                                   TJFLAG_NOREALLOC));
@@ -128,7 +142,7 @@ void JpegDecoder::Impl::decodeYuv(const unsigned char* p_buffer, unsigned size, 
                       "Unsupported JPEG frame YUV sub-sampling");
   }
   const unsigned cr = 3 - cb;
-  frame.reuse(format, image_size, DeviceContext(), 0);
+  makeRoom(p_buffer, size, image_size, format, frame);
   unsigned char* planes[3] = {frame.planeData(0), frame.planeData(cb), frame.planeData(cr)};
   int strides[3] = {static_cast<int>(frame.planeStride(0)), static_cast<int>(frame.planeStride(cb)),
                     static_cast<int>(frame.planeStride(cr))};

@@ -19,13 +19,18 @@ class JpegDecoder::Impl {
 
  private:
   void checkInstance(const char* function) const;
-  void checkDecoderError(int code);
+  void renewInstance();
+  static void checkDecoderError(int code);
+  // Reshapes the frame, unless so few bytes cannot hold the picture that they claim.
+  static void makeRoom(const unsigned char* p_buffer, unsigned size, Size image_size, FrameFormat format,
+                       Frame& frame);
   void decodePacked(const unsigned char* p_buffer, unsigned size, Size image_size, FrameFormat format,
                     int pixel_format, Frame& frame);
   void decodeYuv(const unsigned char* p_buffer, unsigned size, Size image_size, int subsampling,
                  Frame& frame);
 
-  TurboJpegDecompressorPtr _p_decompressor;  // null after a failure, until the next call
+  TurboJpegDecompressorPtr _p_decompressor;
+  bool _used = false;
   Buffer _luma;  // luma of odd-sized pictures whose frame has no room for what TurboJPEG writes
 };
 

@@ -46,7 +46,7 @@ unsigned long reserveWorstCase(Size size, int subsampling, Buffer& out) {
 
 }  // namespace
 
-JpegEncoder::Impl::Impl() : Impl(TurboJpegCompressorPtr(tjInitCompress())) {}
+JpegEncoder::Impl::Impl() : _p_compressor(tjInitCompress()) {}
 
 JpegEncoder::Impl::Impl(TurboJpegCompressorPtr p_compressor) : _p_compressor(std::move(p_compressor)) {}
 

@@ -283,6 +283,25 @@ TEST(JpegLoading, LoadsLargeFlatPicturesFromTheirFewBytes) {
   EXPECT_EQ(flat, load(save(flat, SimdImageFileJpeg, 90), SimdPixelFormatNone));
 }
 
+class LargeFlatJpegLoading : public testing::TestWithParam<JpegKind> {};
+
+// A few hundred bytes, however large the picture.
+TEST_P(LargeFlatJpegLoading, GivesArithmeticallyCodedPictures) {
+  const Bytes file = makeJpeg(GetParam(), 4000, 3000, {200, 100, 50, 255});
+  if (file.empty()) {
+    GTEST_SKIP() << "the installed JPEG library does not write this kind";
+  }
+  const Picture loaded = load(file, SimdPixelFormatGray8);
+  ASSERT_EQ(4000u * 3000u, loaded.pixels.size());
+  EXPECT_TRUE(std::all_of(loaded.pixels.begin(), loaded.pixels.end(),
+                          [&](uint8_t pixel) { return pixel == loaded.pixels[0]; }));
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, LargeFlatJpegLoading,
+                         testing::Values(JpegKind{"Sequential", JCS_CMYK, 1, 1, false, true},
+                                         JpegKind{"Progressive", JCS_CMYK, 1, 1, true, true}),
+                         zo::test::CaseName());
+
 TEST(JpegLoading, RefusesMoreScansThanAnyEncoderMakes) {
   // The last scan of a progressive picture, many times over.
   Bytes file = makeJpeg({"", JCS_GRAYSCALE, 1, 1, true}, 16, 16);

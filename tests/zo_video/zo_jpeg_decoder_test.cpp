@@ -35,6 +35,33 @@ Frame decode(const Bytes& jpeg) {
   return frame;
 }
 
+// The same data with so many pixels each way in its header.
+Bytes claimSize(Bytes jpeg, unsigned side) {
+  for (std::size_t at = 0; at + 9 < jpeg.size(); ++at) {
+    if (jpeg[at] == 0xFF && jpeg[at + 1] == 0xC0) {
+      jpeg[at + 5] = jpeg[at + 7] = static_cast<unsigned char>(side / 256);
+      jpeg[at + 6] = jpeg[at + 8] = static_cast<unsigned char>(side % 256);
+    }
+  }
+  return jpeg;
+}
+
+// The same data without the header's segments of one kind.
+Bytes withoutSegments(const Bytes& jpeg, unsigned char marker) {
+  Bytes rest(jpeg.begin(), jpeg.begin() + 2);
+  std::size_t at = 2;
+  while (jpeg.at(at + 1) != 0xDA) {
+    const std::size_t length = 2 + std::size_t{jpeg.at(at + 2)} * 256 + jpeg.at(at + 3);
+    if (jpeg[at + 1] != marker) {
+      rest.insert(rest.end(), jpeg.begin() + static_cast<long>(at),
+                  jpeg.begin() + static_cast<long>(at + length));
+    }
+    at += length;
+  }
+  rest.insert(rest.end(), jpeg.begin() + static_cast<long>(at), jpeg.end());
+  return rest;
+}
+
 // The samples of the picture itself are those of the bare coder; what it pads is not looked at.
 void expectPlane(const RawPlane& expected, const Frame& frame, unsigned plane) {
   for (unsigned y = 0; y < frame.planeRows(plane); ++y) {
@@ -213,7 +240,7 @@ TEST_P(JpegDecoderFourChannels, ReportsWhatTheCoderSaysAboutThem) {
   options.colour_space = GetParam();
   options.horizontal = options.vertical = 1;
   const Bytes jpeg = libjpegEncode(Size(20, 10), options);
-  Frame frame;
+  Frame frame = makeNumberedFrame(ZO_FRAME_FORMAT_GRAY8, Size(5, 5), 1);
   EXPECT_ZO_EXCEPTION_FROM(FILE_NAME, decodeInto(jpeg, frame), ZO_STATUS_CODEC_ERROR, FAILED,
                            "checkDecoderError");
   EXPECT_EQ(ZO_FRAME_FORMAT_BGR24, frame.format());
@@ -234,6 +261,15 @@ TEST_P(JpegDecoderSubsampling, IsRefusedWhenNoFrameFormatHasIt) {
   EXPECT_ZO_EXCEPTION_FROM(FILE_NAME, decodeInto(jpeg, frame), ZO_STATUS_NOT_SUPPORTED,
                            "Unsupported JPEG frame YUV sub-sampling", "decode_yuv");
   EXPECT_EQ(ZO_FRAME_FORMAT_GRAY8, frame.format());
+  EXPECT_EQ(Size(5, 5), frame.size());
+}
+
+// However little data there is for the claim: it would not be decoded if there were more.
+TEST_P(JpegDecoderSubsampling, IsRefusedForEnormousPicturesAsWell) {
+  const Bytes jpeg = claimSize(bareEncodeYuv(makeYuvPicture(Size(32, 32), GetParam()), 90), 65500);
+  Frame frame = makeNumberedFrame(ZO_FRAME_FORMAT_GRAY8, Size(5, 5), 1);
+  EXPECT_ZO_EXCEPTION_FROM(FILE_NAME, decodeInto(jpeg, frame), ZO_STATUS_NOT_SUPPORTED,
+                           "Unsupported JPEG frame YUV sub-sampling", "decode_yuv");
   EXPECT_EQ(Size(5, 5), frame.size());
 }
 
@@ -357,13 +393,7 @@ TEST(JpegDecoder, ReshapesTheFrameBeforeTheDamageShows) {
 
 TEST(JpegDecoder, RefusesASmallFileThatClaimsAnEnormousPictureWithoutMakingRoomForIt) {
   for (int subsampling : {TJSAMP_444, TJSAMP_422, TJSAMP_420}) {
-    Bytes jpeg = bareEncodeYuv(makeYuvPicture(Size(16, 16), subsampling), 90);
-    for (std::size_t at = 0; at + 9 < jpeg.size(); ++at) {
-      if (jpeg[at] == 0xFF && jpeg[at + 1] == 0xC0) {
-        jpeg[at + 5] = jpeg[at + 7] = 65500 / 256;
-        jpeg[at + 6] = jpeg[at + 8] = 65500 % 256;
-      }
-    }
+    const Bytes jpeg = claimSize(bareEncodeYuv(makeYuvPicture(Size(16, 16), subsampling), 90), 65500);
     ASSERT_EQ(Size(65500, 65500), jpegHeader(jpeg).size);
     Frame frame;
     EXPECT_ZO_EXCEPTION(decodeInto(jpeg, frame), ZO_STATUS_CODEC_ERROR, FAILED, "checkDecoderError");
@@ -400,6 +430,68 @@ INSTANTIATE_TEST_SUITE_P(Kinds, JpegDecoderLargePicture,
                                          LargeCase{"Progressive", true, false, true},
                                          LargeCase{"Arithmetic", false, true, false}),
                          CaseName());
+
+// Many cameras leave out code tables, since everybody knows the usual ones; no tables are to be left over
+// from the picture before.
+struct TableCase {
+  const char* name;
+  unsigned char marker;
+};
+
+class JpegDecoderWithoutTables : public testing::TestWithParam<TableCase> {};
+
+TEST_P(JpegDecoderWithoutTables, DoesTheSameWhateverWasDecodedBefore) {
+  const Bytes whole = bareEncodeYuv(makeYuvPicture(Size(64, 48), TJSAMP_420), 90);
+  const Bytes jpeg = withoutSegments(whole, GetParam().marker);
+  ASSERT_LT(jpeg.size(), whole.size());
+  Frame expected;
+  bool refused = false;
+  try {
+    decodeInto(jpeg, expected);
+  } catch (const Exception& e) {
+    refused = true;
+    EXPECT_EQ(ZO_STATUS_CODEC_ERROR, e.status());
+  }
+  LibjpegOptions options;
+  options.optimised = true;
+  options.quality = 30;
+  const Bytes other = libjpegEncode(Size(64, 48), options);
+  JpegDecoder decoder;
+  Frame frame;
+  for (int round = 0; round < 3; ++round) {
+    decoder.decode(other.data(), static_cast<unsigned>(other.size()), frame);
+    const auto decodeAgain = [&] { decoder.decode(jpeg.data(), static_cast<unsigned>(jpeg.size()), frame); };
+    if (refused) {
+      EXPECT_ZO_EXCEPTION(decodeAgain(), ZO_STATUS_CODEC_ERROR, FAILED, "checkDecoderError");
+    } else {
+      decodeAgain();
+      EXPECT_TRUE(samePixels(expected, frame));
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, JpegDecoderWithoutTables,
+                         testing::Values(TableCase{"Codes", 0xC4}, TableCase{"Quantisation", 0xDB}),
+                         CaseName());
+
+TEST(JpegDecoder, ReportsThatItCannotBeSetUpForAFurtherPicture) {
+  const Bytes jpeg = bareEncodeYuv(makeYuvPicture(Size(32, 16), TJSAMP_420), 90);
+  JpegDecoder decoder;
+  Frame frame;
+  decoder.decode(jpeg.data(), static_cast<unsigned>(jpeg.size()), frame);
+  const Frame before = makeNumberedFrame(ZO_FRAME_FORMAT_BGR24, Size(9, 7), 3);
+  frame = before;
+  {
+    TurboJpegAnswers answers;
+    answers.refuseInstances();
+    EXPECT_ZO_EXCEPTION_FROM(
+        FILE_NAME, decoder.decode(jpeg.data(), static_cast<unsigned>(jpeg.size()), frame),
+        ZO_STATUS_OUT_OF_MEMORY, "Not enough memory to initialize JPEG decoder.", "decode");
+  }
+  EXPECT_TRUE(samePixels(before, frame));
+  decoder.decode(jpeg.data(), static_cast<unsigned>(jpeg.size()), frame);
+  EXPECT_EQ(ZO_FRAME_FORMAT_YUV420_PLANAR_I420, frame.format());
+}
 
 TEST(JpegDecoder, GoesOnAfterAnyFailure) {
   JpegDecoder decoder;
