@@ -27,6 +27,19 @@ TempDir::~TempDir() {
   std::filesystem::remove_all(_path, ignored);
 }
 
+WorkingDir::WorkingDir(const std::string& path) : _saved_path(std::filesystem::current_path().string()) {
+  std::error_code failed;
+  std::filesystem::current_path(path, failed);
+  if (failed) {
+    throw std::runtime_error("cannot go to " + path);
+  }
+}
+
+WorkingDir::~WorkingDir() {
+  std::error_code ignored;
+  std::filesystem::current_path(_saved_path, ignored);
+}
+
 std::string readFile(const std::string& path) {
   std::ifstream stream(path, std::ios::binary);
   std::ostringstream bytes;

@@ -23,6 +23,18 @@ class TempDir {
   std::string _path;
 };
 
+/// Makes a directory the working one while it lives. Throws std::runtime_error.
+class WorkingDir {
+ public:
+  explicit WorkingDir(const std::string& path);
+  ~WorkingDir();
+  WorkingDir(const WorkingDir&) = delete;
+  WorkingDir& operator=(const WorkingDir&) = delete;
+
+ private:
+  std::string _saved_path;
+};
+
 /// The bytes of a file. Throws std::runtime_error.
 std::string readFile(const std::string& path);
 /// Creates or replaces a file. Throws std::runtime_error.

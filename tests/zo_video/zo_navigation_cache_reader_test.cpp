@@ -225,17 +225,35 @@ TEST_F(NavigationCache, InAReadOnlyFolderIsDoneWithout) {
   std::fclose(p_file);
 }
 
-TEST_F(NavigationCache, IsNotMadeForAUrlThatIsNoPath) {
-  StalledServer server;
-  const std::string url = server.url("http", "clip.ts");
-  EXPECT_EQ(ZO_STATUS_TIMEOUT,
-            caughtZoException([&] { _reader.open(url.c_str(), 50, nullptr, true, false, true); }).status());
-  // A URL of a protocol that opens and can be sought, without being a path itself.
-  const std::string file_url = "file:" + _path;
-  ASSERT_EQ(0, _reader.open(file_url.c_str(), -1, nullptr, true, false, true));
+// Whatever was given to open(), with ".zo" behind it, is the path, also where it is a URL.
+TEST_F(NavigationCache, OfAUrlIsTheFileWhosePathIsTheWholeUrlAndTheExtension) {
+  const WorkingDir working_folder(_directory.path());
+  const std::string expected = expectedText();
+  _path = "file:clip.mp4";
+  ASSERT_EQ(0, open());
+  EXPECT_TRUE(scanned());
   expectWholeIndex();
-  EXPECT_FALSE(sidecarExists());
+  EXPECT_EQ(expected, readFile(_directory.file("file:clip.mp4.zo")));
+  EXPECT_FALSE(std::filesystem::exists(_directory.file("clip.mp4.zo")));
+  ASSERT_EQ(0, open());
+  EXPECT_FALSE(scanned()) << "it is loaded from there as well";
+  expectWholeIndex();
+}
+
+TEST_F(NavigationCache, OfAUrlThatNamesNoFolderOfTheSystemIsDoneWithout) {
+  const WorkingDir working_folder(_directory.path());
+  const std::string beside_the_video = sidecar();
+  const std::string expected = expectedText();
+  _path = "file:" + _path;  // lies in a folder "file:", which is not there
+  ASSERT_EQ(0, open());
+  expectWholeIndex();
+  EXPECT_FALSE(std::filesystem::exists(beside_the_video));
   EXPECT_FALSE(std::filesystem::exists("file:"));
+  std::filesystem::create_directories("file:" + _directory.path());
+  ASSERT_EQ(0, open());
+  expectWholeIndex();
+  EXPECT_FALSE(std::filesystem::exists(beside_the_video));
+  EXPECT_EQ(expected, readFile(sidecar())) << "once the folder is there, it is made";
 }
 
 TEST_F(NavigationCache, IsNotWrittenWhenTheScanFails) {
