@@ -19,6 +19,9 @@ namespace {
 
 constexpr int FRAMES = 5;
 
+// An instance that cannot be set up completely loses the JPEG library's memory manager.
+constexpr long long LOST_BY_TURBOJPEG = 256;
+
 std::string clip() {
   static const TempDir DIRECTORY;
   static const std::string PATH = [] {
@@ -168,24 +171,156 @@ struct CaptureObjects {
   Notes<std::uint64_t, 3 * FRAMES> seen;
 };
 
-class CaptureMemory : public testing::TestWithParam<Requests> {};
+class CaptureMemory : public testing::TestWithParam<Requests> {
+ protected:
+  static std::vector<int> allowed() {
+    return GetParam() == Requests::OURS
+               ? std::vector<int>{Ending::BAD_ALLOC}
+               : std::vector<int>{
+                     Ending::BAD_ALLOC,       ZO_STATUS_OUT_OF_MEMORY, ZO_STATUS_OPEN_ERROR,
+                     ZO_STATUS_DECODER_ERROR, ZO_STATUS_READ_ERROR,    ZO_STATUS_SEEK_ERROR,
+                     ZO_STATUS_CODEC_ERROR,   ZO_STATUS_OUT_OF_RANGE,  ZO_STATUS_UNEXPECTED_RESULT};
+  }
+  // FFmpeg may do less than it was asked for, and say nothing, when its own requests fail.
+  static bool mayDoLess() { return GetParam() == Requests::LIBRARIES; }
+};
+
+TEST_P(CaptureMemory, FailsForTheConstructor) {
+  const std::vector<int> expected = GetParam() == Requests::OURS
+                                        ? std::vector<int>{Ending::BAD_ALLOC}
+                                        : std::vector<int>{Ending::BAD_ALLOC, ZO_STATUS_OUT_OF_MEMORY};
+  failEachRequest(
+      "no memory: capture, constructor", GetParam(), expected,
+      [] {
+        const auto run = [] {
+          const VideoCapture capture(true, false);
+          if (capture.isOpen()) {
+            throw Exception(nullptr, ZO_STATUS_INTERNAL_ERROR, "", "", 0, "open");
+          }
+        };
+        return Trial{run, [run](bool) { EXPECT_NO_THROW(run()); }};
+      },
+      LOST_BY_TURBOJPEG);
+}
+
+TEST_P(CaptureMemory, FailsWhileOpening) {
+  CaptureObjects expected;
+  expected.use();
+  failEachRequest("no memory: capture, open", GetParam(), allowed(), [&] {
+    const auto p_objects = std::make_shared<CaptureObjects>();
+    const auto check = [p_objects, &expected](bool reported) {
+      if (reported || !mayDoLess()) {
+        EXPECT_EQ(!reported, p_objects->capture.isOpen());
+      }
+      EXPECT_EQ(ZO_FRAME_FORMAT_GRAY8, p_objects->capture.format());
+      EXPECT_EQ(Size(24, 20), p_objects->capture.frameSize());
+      p_objects->use();
+      EXPECT_TRUE(expected.seen == p_objects->seen);
+    };
+    return Trial{[p_objects] { p_objects->capture.open(p_objects->path, -1); }, check};
+  });
+}
+
+// Converted and as it is; the frame that a picture is delivered into stays as it was.
+TEST_P(CaptureMemory, FailsWhileReading) {
+  for (const bool converted : {false, true}) {
+    const auto makeObjects = [converted] {
+      auto p_objects = std::make_shared<CaptureObjects>();
+      if (!converted) {
+        p_objects->capture.clear();  // forgets format and size
+      }
+      p_objects->capture.open(p_objects->path, -1);
+      p_objects->frame = makeNumberedFrame(ZO_FRAME_FORMAT_BGR24, Size(5, 3), 9);
+      p_objects->frame.setTimestamp(4321);
+      return p_objects;
+    };
+    const auto p_expected = makeObjects();
+    ASSERT_TRUE(p_expected->capture.read(p_expected->frame));
+    const std::uint64_t picture = digest(p_expected->frame);
+    failEachRequest("no memory: capture, read", GetParam(), allowed(), [=] {
+      const auto p_objects = makeObjects();
+      const std::uint64_t before = digest(p_objects->frame);
+      const auto run = [p_objects] { p_objects->capture.read(p_objects->frame); };
+      const auto check = [=](bool reported) {
+        if (reported && GetParam() == Requests::OURS) {
+          EXPECT_EQ(before, digest(p_objects->frame));
+          EXPECT_EQ(4321, p_objects->frame.timestamp());
+        }
+        if (reported || mayDoLess()) {
+          p_objects->capture.setPosition(0);
+          p_objects->capture.read(p_objects->frame);
+        }
+        EXPECT_EQ(picture, digest(p_objects->frame));
+        EXPECT_EQ(0, p_objects->frame.timestamp());
+      };
+      return Trial{run, check};
+    });
+  }
+}
+
+// The frame is still there to be asked for again.
+TEST_P(CaptureMemory, FailsForJpeg) {
+  const auto makeObjects = [] {
+    auto p_objects = std::make_shared<CaptureObjects>();
+    p_objects->capture.open(p_objects->path, -1);
+    p_objects->capture.setPosition(2);
+    p_objects->capture.read(p_objects->frame);
+    return p_objects;
+  };
+  const auto p_expected = makeObjects();
+  long long expected_timestamp = -1;
+  ASSERT_TRUE(p_expected->capture.readJpeg(p_expected->jpeg, expected_timestamp));
+  const std::string jpeg(reinterpret_cast<const char*>(p_expected->jpeg.data()), p_expected->jpeg.size());
+  failEachRequest("no memory: capture, readJpeg", GetParam(), allowed(), [&] {
+    const auto p_objects = makeObjects();
+    const auto p_timestamp = std::make_shared<long long>(-1);
+    const auto run = [p_objects, p_timestamp] { p_objects->capture.readJpeg(p_objects->jpeg, *p_timestamp); };
+    const auto check = [=, &jpeg](bool reported) {
+      if (reported) {
+        EXPECT_EQ(2, p_objects->capture.frameIndex());
+        run();
+      }
+      EXPECT_EQ(expected_timestamp, *p_timestamp);
+      EXPECT_EQ(jpeg,
+                std::string(reinterpret_cast<const char*>(p_objects->jpeg.data()), p_objects->jpeg.size()));
+    };
+    return Trial{run, check};
+  });
+}
+
+TEST_P(CaptureMemory, FailsWhileMoving) {
+  const auto makeObjects = [] {
+    auto p_objects = std::make_shared<CaptureObjects>();
+    p_objects->capture.open(p_objects->path, -1);
+    return p_objects;
+  };
+  const auto p_expected = makeObjects();
+  p_expected->capture.setPosition(FRAMES - 1);
+  ASSERT_TRUE(p_expected->capture.read(p_expected->frame));
+  const std::uint64_t picture = digest(p_expected->frame);
+  failEachRequest("no memory: capture, setPosition", GetParam(), allowed(), [&] {
+    const auto p_objects = makeObjects();
+    const auto run = [p_objects] { p_objects->capture.setPosition(FRAMES - 1); };
+    const auto check = [=](bool reported) {
+      if (reported || mayDoLess()) {
+        p_objects->capture.setPosition(0);
+        run();
+      }
+      EXPECT_TRUE(p_objects->capture.read(p_objects->frame));
+      EXPECT_EQ(picture, digest(p_objects->frame));
+    };
+    return Trial{run, check};
+  });
+}
 
 TEST_P(CaptureMemory, FailsWhileOpeningAndReading) {
   CaptureObjects expected;
   expected.use();
   ASSERT_EQ(std::size_t{3 * (FRAMES - 2)}, expected.seen.size());
-  const std::vector<int> allowed =
-      GetParam() == Requests::OURS
-          ? std::vector<int>{Ending::BAD_ALLOC}
-          : std::vector<int>{Ending::BAD_ALLOC,       ZO_STATUS_OUT_OF_MEMORY, ZO_STATUS_OPEN_ERROR,
-                             ZO_STATUS_DECODER_ERROR, ZO_STATUS_READ_ERROR,    ZO_STATUS_SEEK_ERROR,
-                             ZO_STATUS_CODEC_ERROR,   ZO_STATUS_OUT_OF_RANGE,  ZO_STATUS_UNEXPECTED_RESULT};
-  failEachRequest("no memory: capture", GetParam(), allowed, [&] {
+  failEachRequest("no memory: capture", GetParam(), allowed(), [&] {
     const auto p_objects = std::make_shared<CaptureObjects>();
-    // FFmpeg may open a file with some of its frames only when its own requests fail.
-    const bool anew = GetParam() == Requests::LIBRARIES;
-    const auto check = [p_objects, anew, &expected](bool reported) {
-      if (reported || anew) {
+    const auto check = [p_objects, &expected](bool reported) {
+      if (reported || mayDoLess()) {
         p_objects->use();
       }
       EXPECT_TRUE(expected.seen == p_objects->seen);
