@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -68,16 +69,29 @@ void addImages(Seeds& seeds) {
   seeds.add("jpeg_decoder", "image-library", bytesOf(*encodeJpeg(nv12, 95)));
 }
 
+// What follows the file in an input of video_reader.
+std::string readerOptions(uint8_t switches, uint8_t first, uint8_t not_read, uint8_t second) {
+  const char bytes[] = {static_cast<char>(switches), static_cast<char>(first), static_cast<char>(not_read),
+                        static_cast<char>(second)};
+  return std::string(bytes, sizeof(bytes));
+}
+
 void addClips(Seeds& seeds) {
   const TempDir scratch;
   struct Kind {
     const char* name;
     const char* codec;
     int b_frames;
+    AVPixelFormat pixel_format = AV_PIX_FMT_YUV420P;
+    std::optional<double> rotation = std::nullopt;
   };
   for (const Kind& kind :
        {Kind{"a.mp4", "mpeg4", 2}, Kind{"a.mkv", "mpeg4", 0}, Kind{"a.avi", "mjpeg", 0},
-        Kind{"a.ts", "mpeg2video", 1}, Kind{"a.nut", "ffv1", 0}, Kind{"b.mp4", "libx264", 2}}) {
+        Kind{"a.ts", "mpeg2video", 1}, Kind{"a.nut", "ffv1", 0}, Kind{"b.mp4", "libx264", 2},
+        Kind{"c.mp4", "libx265", 2}, Kind{"b.mkv", "libvpx-vp9", 0},
+        Kind{"turned.mov", "mpeg4", 1, AV_PIX_FMT_YUV420P, 90},
+        Kind{"ten-bits.nut", "ffv1", 0, AV_PIX_FMT_YUV444P10LE},
+        Kind{"grey.nut", "ffv1", 0, AV_PIX_FMT_GRAY16LE}}) {
     if (!haveEncoder(kind.codec)) {
       continue;
     }
@@ -88,13 +102,22 @@ void addClips(Seeds& seeds) {
     options.frames = 10;
     options.gop = 4;
     options.b_frames = kind.b_frames;
+    options.pixel_format = kind.pixel_format;
+    options.rotation = kind.rotation;
     const std::string path = scratch.file(kind.name);
     makeClip(path, options);
     const std::string bytes = readFile(path);
-    seeds.add("video_reader", std::string(kind.codec) + "." + kind.name,
-              bytes + std::string("\0\x80\0\0", 4));
-    seeds.add("video_reader", std::string(kind.codec) + ".skip." + kind.name,
-              bytes + std::string("\2\xF0\0\0", 4));
+    const auto add = [&](const char* p_way, const std::string& reader_options) {
+      seeds.add("video_reader", std::string(kind.codec) + p_way + kind.name, bytes + reader_options);
+    };
+    add(".", readerOptions(0, 0x80, 0, 0));
+    add(".skip.", readerOptions(2, 0xF0, 0, 0));
+    // One picture is read, then the reader moves to the next one, which it delivers, and on without a seek.
+    add(".next.", readerOptions(12, 1, 0xEE, 3));
+    // Three are read; it moves to the held one, delivers it and the next, and goes back to that one.
+    add(".held.", readerOptions(12, 2, 0xDC, 3));
+    // Nothing is read between a jump to the end and one back.
+    add(".back.", readerOptions(12, 9, 0xFF, 5));
   }
 }
 
