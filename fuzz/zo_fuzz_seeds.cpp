@@ -39,6 +39,24 @@ class Seeds {
   std::string _directory;
 };
 
+// The same few bytes of data under headers of pictures that they cannot hold.
+void addHugeClaims(Seeds& seeds, const std::string& jpeg) {
+  const size_t header = jpeg.find("\xFF\xC0");
+  for (const char* p_size : {"\x10\x01\x10\x01", "\xFF\xDC\xFF\xDC", "\x40\x01\xFF\xDC"}) {
+    for (const char marker : {'\xC0', '\xC2'}) {
+      std::string bytes = jpeg;
+      bytes[header + 1] = marker;
+      bytes.replace(header + 5, 4, p_size, 4);
+      const std::string name =
+          "claim" + std::to_string(static_cast<uint8_t>(p_size[0])) + (marker == '\xC2' ? "progressive" : "");
+      seeds.add("jpeg_decoder", name, bytes);
+      if (p_size[0] != '\x10') {  // imageLoad() decodes what is there of smaller ones
+        seeds.add("image_load", name, "\3" + bytes);
+      }
+    }
+  }
+}
+
 void addImages(Seeds& seeds) {
   const TempDir scratch;
   for (FrameFormat format : {ZO_FRAME_FORMAT_GRAY8, ZO_FRAME_FORMAT_BGR24}) {
@@ -65,6 +83,7 @@ void addImages(Seeds& seeds) {
       seeds.add("decode_jpeg", name, readFile(path));
     }
   }
+  addHugeClaims(seeds, readFile(scratch.file("b.jpg")));
   const Frame nv12 = makeNumberedFrame(ZO_FRAME_FORMAT_YUV420_SEMIPLANAR_NV12, Size(20, 20), 3);
   seeds.add("jpeg_decoder", "image-library", bytesOf(*encodeJpeg(nv12, 95)));
 }
