@@ -30,7 +30,7 @@ ZO_VIDEO_API void drawRect(Frame& frame, Rect rect, const unsigned char* color, 
 /// @param position  Top left corner of the text box, pixels.
 /// @param height    Height of a line in pixels, 4 to 924; others draw nothing. A character is
 ///                  127 * height / 231 pixels wide, rounded down.
-/// Throws std::bad_alloc.
+/// Throws std::bad_alloc; nothing has been drawn then.
 /// Cost: letters are scaled when they are first drawn at a height, and the last four heights up to 140 stay
 /// with the thread; larger letters are scaled in every call.
 ZO_VIDEO_API void drawText(Frame& frame, const std::string& text, Point position, const unsigned char* color,

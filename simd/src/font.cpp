@@ -70,6 +70,9 @@ struct Font::Impl {
     return glyphs[index].get();
   }
 
+  template <class Visit>
+  void layOut(const View& canvas, const std::string& text, const Point& position, const Visit& visit) const;
+
   const size_t height;
   const size_t width;
   const size_t indent_x;
@@ -85,22 +88,22 @@ Font::Font(size_t height) {
 
 Font::~Font() = default;
 
-bool Font::draw(View& canvas, const std::string& text, const Point& position, const uint8_t* p_color) const {
-  if (!_p_impl || canvas.data == nullptr || View::PixelSize(canvas.format) != PIXEL_BYTES) {
-    return false;
-  }
-  const auto width = static_cast<int64_t>(_p_impl->width);
-  const auto height = static_cast<int64_t>(_p_impl->height);
+// Calls visit(symbol's number, columns, rows, x, y) for every glyph of which something is to be seen.
+template <class Visit>
+void Font::Impl::layOut(const View& canvas, const std::string& text, const Point& position,
+                        const Visit& visit) const {
+  const auto glyph_width = static_cast<int64_t>(width);
+  const auto glyph_height = static_cast<int64_t>(height);
   const auto canvas_width = static_cast<int64_t>(canvas.width);
   const auto canvas_height = static_cast<int64_t>(canvas.height);
-  const int64_t left = static_cast<int64_t>(position.x) + static_cast<int64_t>(_p_impl->indent_x);
+  const int64_t left = static_cast<int64_t>(position.x) + static_cast<int64_t>(indent_x);
   int64_t x = left;
-  int64_t y = static_cast<int64_t>(position.y) + static_cast<int64_t>(_p_impl->indent_y);
+  int64_t y = static_cast<int64_t>(position.y) + static_cast<int64_t>(indent_y);
   for (const char character : text) {
     const auto symbol = static_cast<uint8_t>(character);
     if (symbol == LINE_FEED) {
       x = left;
-      y += height;
+      y += glyph_height;
       if (y >= canvas_height) {
         break;
       }
@@ -108,19 +111,34 @@ bool Font::draw(View& canvas, const std::string& text, const Point& position, co
     if (symbol < FIRST_SYMBOL || symbol > BLANK_SYMBOL) {
       continue;
     }
-    const Span columns(x, width, canvas_width);
-    const Span rows(y, height, canvas_height);
+    const Span columns(x, glyph_width, canvas_width);
+    const Span rows(y, glyph_height, canvas_height);
     if (symbol != FIRST_SYMBOL && symbol != BLANK_SYMBOL && !columns.empty() && !rows.empty()) {
-      const uint8_t* p_mask = _p_impl->glyph(symbol - FIRST_SYMBOL);
-      for (int64_t row = rows.first; row < rows.last; ++row) {
-        uint8_t* p_pixels = canvas.data + static_cast<ptrdiff_t>(y + row) * canvas.stride +
-                            static_cast<ptrdiff_t>(x + columns.first) * static_cast<ptrdiff_t>(PIXEL_BYTES);
-        fillRowByAlpha(p_mask + row * width + columns.first,
-                       static_cast<size_t>(columns.last - columns.first), p_color, p_pixels);
-      }
+      visit(static_cast<size_t>(symbol - FIRST_SYMBOL), columns, rows, x, y);
     }
-    x += width;
+    x += glyph_width;
   }
+}
+
+bool Font::draw(View& canvas, const std::string& text, const Point& position, const uint8_t* p_color) const {
+  if (!_p_impl || canvas.data == nullptr || View::PixelSize(canvas.format) != PIXEL_BYTES) {
+    return false;
+  }
+  Impl& impl = *_p_impl;
+  // All glyphs first: where there is no memory for one of them, nothing is drawn.
+  impl.layOut(canvas, text, position,
+              [&](size_t index, const Span&, const Span&, int64_t, int64_t) { impl.glyph(index); });
+  const auto width = static_cast<int64_t>(impl.width);
+  const auto drawGlyph = [&](size_t index, const Span& columns, const Span& rows, int64_t x, int64_t y) {
+    const uint8_t* p_mask = impl.glyph(index);
+    for (int64_t row = rows.first; row < rows.last; ++row) {
+      uint8_t* p_pixels = canvas.data + static_cast<ptrdiff_t>(y + row) * canvas.stride +
+                          static_cast<ptrdiff_t>(x + columns.first) * static_cast<ptrdiff_t>(PIXEL_BYTES);
+      fillRowByAlpha(p_mask + row * width + columns.first, static_cast<size_t>(columns.last - columns.first),
+                     p_color, p_pixels);
+    }
+  };
+  impl.layOut(canvas, text, position, drawGlyph);
   return true;
 }
 
