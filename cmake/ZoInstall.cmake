@@ -57,9 +57,14 @@ if(ZO_INSTALL_PYTHON)
     DESTINATION lib/python3/dist-packages COMPONENT python PATTERN __pycache__ EXCLUDE)
 endif()
 
-# The command line tool finds the libraries beside it, wherever the tree lies.
+# The command line tool finds the libraries beside it, wherever the tree lies; those in a fixed folder, there.
 if(TARGET zo-video)
-  file(RELATIVE_PATH zo_libs_from_bin "/prefix/${CMAKE_INSTALL_BINDIR}" "/prefix/${CMAKE_INSTALL_LIBDIR}")
-  set_target_properties(zo-video PROPERTIES INSTALL_RPATH "$ORIGIN/${zo_libs_from_bin}")
+  if(IS_ABSOLUTE "${CMAKE_INSTALL_BINDIR}" OR IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+    set(zo_libs_for_bin "${CMAKE_INSTALL_FULL_LIBDIR}")
+  else()
+    file(RELATIVE_PATH zo_libs_for_bin "/prefix/${CMAKE_INSTALL_BINDIR}" "/prefix/${CMAKE_INSTALL_LIBDIR}")
+    string(PREPEND zo_libs_for_bin "$ORIGIN/")
+  endif()
+  set_target_properties(zo-video PROPERTIES INSTALL_RPATH "${zo_libs_for_bin};${CMAKE_INSTALL_RPATH}")
   install(TARGETS zo-video RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tool)
 endif()

@@ -151,9 +151,16 @@ void Frame::clearSlack(std::size_t block_bytes) noexcept {
 }
 
 // Memory for the planes of a frame whose format only its maker knows.
-void Frame::allocateLike(const Frame& other) {
+void Frame::reuseLike(const Frame& other) {
+  const bool exclusive = _p_memory != nullptr && _p_memory->heldOnce();
+  if (exclusive && _format == other._format && _size == other._size && _plane_count == other._plane_count &&
+      _strides == other._strides) {
+    return;
+  }
   const BlockLayout block = packedLayout(other._format, other._size, other._strides);
-  attach(FrameMemory::allocate(block.bytes + PLANE_ALIGNMENT), other._format, other._size, block.plane_count,
+  const std::size_t bytes = block.bytes + PLANE_ALIGNMENT;
+  const bool fits = exclusive && !_p_memory->fromOutside() && _p_memory->capacity() >= bytes;
+  attach(fits ? _p_memory : FrameMemory::allocate(bytes), other._format, other._size, block.plane_count,
          block.strides, block.offsets);
 }
 
@@ -168,7 +175,7 @@ void Frame::copyTo(Frame& destination) const {
   if (formatPlaneCount(_format) != 0) {
     destination.reuse(_format, _size, DeviceContext(), 0);
   } else {
-    destination.allocateLike(*this);
+    destination.reuseLike(*this);
   }
   for (unsigned i = 0; i < _plane_count; ++i) {
     const std::size_t row_bytes = planeRowBytes(i);

@@ -16,8 +16,8 @@ typedef struct ZoVideoConverter ZoVideoConverter;
  * Makes a converter and stores it in *pp_converter; release it with zoVideoConverter_release.
  *
  * p_message (may be null) receives the error text: always terminated, never more than message_size bytes.
- * Returns 0; ZO_STATUS_NULL_POINTER when pp_converter is null; the status of a failed allocation, with
- * *pp_converter as it was.
+ * Returns 0; ZO_STATUS_NULL_POINTER when pp_converter is null; ZO_STATUS_STD_EXCEPTION when there is no
+ * memory, with *pp_converter as it was.
  */
 ZO_VIDEO_API int zoVideoConverter_create(ZoVideoConverter** pp_converter, char* p_message,
                                          unsigned int message_size);

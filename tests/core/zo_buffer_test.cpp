@@ -67,6 +67,28 @@ TEST(BufferTest, DoesNotAllocateAgainWithinWhatItOnceHeld) {
   EXPECT_EQ(p_data, buffer.data());
 }
 
+TEST(BufferTest, AllocatesForOneByteMoreThanItHolds) {
+  Buffer buffer("abc", 3);
+  const auto* const p_before = buffer.data();
+  buffer.resize(4, true);
+  EXPECT_NE(p_before, buffer.data());
+  EXPECT_EQ("abc", text(buffer).substr(0, 3));
+}
+
+TEST(BufferTest, CanBeFilledAgainAfterItWasMovedFrom) {
+  Buffer constructed_from("abc", 3);
+  Buffer assigned_from(std::move(constructed_from));
+  Buffer target;
+  target = std::move(assigned_from);
+  EXPECT_EQ("abc", text(target));
+  for (Buffer* p_buffer : {&constructed_from, &assigned_from}) {  // NOLINT(bugprone-use-after-move)
+    p_buffer->resize(2, false);
+    ASSERT_NE(nullptr, p_buffer->data());
+    std::memcpy(p_buffer->data(), "xy", 2);
+    EXPECT_EQ("xy", text(*p_buffer));
+  }
+}
+
 TEST(BufferTest, IsEmptyAfterClear) {
   Buffer buffer("abc", 3);
   buffer.clear();

@@ -38,6 +38,13 @@ std::vector<HandlerCase> handlerCases() {
   };
 }
 
+TEST(ErrorHandlersTest, TakePercentSignsOfTheMessageAsTheyAre) {
+  char message[64];
+  const Exception exception(nullptr, ZO_STATUS_OPEN_ERROR, "f", "file", 1, "%s", "a%20b %d %n %%");
+  EXPECT_EQ(ZO_STATUS_OPEN_ERROR, handleZoException("g", exception, message, sizeof(message)));
+  EXPECT_STREQ("a%20b %d %n %%", message);
+}
+
 class ErrorHandlers : public testing::TestWithParam<HandlerCase> {};
 
 TEST_P(ErrorHandlers, WriteTheMessageAndReturnTheStatus) {

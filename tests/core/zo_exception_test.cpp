@@ -35,6 +35,19 @@ TEST(ExceptionTest, KeepsWhatItWasMadeOf) {
   EXPECT_EQ(nullptr, exception.previous());
 }
 
+TEST(ExceptionTest, CutsLongNamesToTheirPlace) {
+  const std::string function(10000, 'f');
+  const std::string file(10000, 'g');
+  const Exception exception(nullptr, ZO_STATUS_OPEN_ERROR, function.c_str(), file.c_str(), 0x01020304, "m");
+  const std::string kept = exception.function();
+  EXPECT_FALSE(kept.empty());
+  EXPECT_EQ(std::string(kept.size(), 'f'), kept);
+  const std::string kept_file = exception.file();
+  EXPECT_EQ(std::string(kept_file.size(), 'g'), kept_file);
+  EXPECT_EQ(0x01020304, exception.line());
+  EXPECT_STREQ("m", exception.what());
+}
+
 TEST(ExceptionTest, CanBeCaughtAsAStandardException) {
   try {
     throw Exception(nullptr, ZO_STATUS_TIMEOUT, "f", "file", 1, "late");

@@ -82,6 +82,15 @@ TEST(FrameCopyToTest, ChangesNothingOntoItself) {
   EXPECT_EQ(4, frame.timestamp());
 }
 
+TEST(FrameCopyToTest, ChangesNothingOntoItselfWhateverTheAlignment) {
+  Frame frame;
+  frame.reuse(ZO_FRAME_FORMAT_GRAY8, Size(3, 2), DeviceContext(), 1);
+  const unsigned char* const p_before = frame.planeData(0);
+  frame.copyTo(frame);
+  EXPECT_EQ(3U, frame.planeStride(0));
+  EXPECT_EQ(p_before, frame.planeData(0));
+}
+
 TEST(FrameCopyToTest, LeavesAnEmptyFrameWhenTheSourceIsEmpty) {
   Frame destination = test::makeNoiseFrame(ZO_FRAME_FORMAT_BGR24, Size(7, 5), 3);
   Frame().copyTo(destination);
@@ -169,6 +178,18 @@ TEST(FrameMoving, HandsThePixelsOnAndLeavesAnEmptyFrame) {
   frame = std::move(moved);
   EXPECT_EQ(p_data, frame.planeData(0));
   EXPECT_FALSE(moved.initialized());  // NOLINT(bugprone-use-after-move)
+}
+
+TEST(FrameMoving, LeavesAnEmptyFrameAlsoWhenTheTargetHeldAPicture) {
+  Frame source = test::makeNoiseFrame(ZO_FRAME_FORMAT_GRAY8, Size(7, 5), 1);
+  Frame target = test::makeNoiseFrame(ZO_FRAME_FORMAT_BGR24, Size(9, 9), 2);
+  target.setTimestamp(5);
+  target = std::move(source);
+  EXPECT_EQ(Size(7, 5), target.size());
+  EXPECT_FALSE(source.initialized());  // NOLINT(bugprone-use-after-move)
+  EXPECT_EQ(ZO_FRAME_FORMAT_UNDEFINED, source.format());
+  EXPECT_EQ(Size(0, 0), source.size());
+  EXPECT_EQ(0, source.timestamp());
 }
 
 TEST(FrameMoving, SurvivesMovingOntoItself) {

@@ -154,6 +154,23 @@ INSTANTIATE_TEST_SUITE_P(
                     UnusableCase{"StrideBeyondInt", ZO_FRAME_FORMAT_GRAY8, Size(3, 3), UINT_MAX, false}),
     test::CaseName());
 
+TEST(OutsideMemory, HasNoPlanesWhenNoMemoryCouldHoldThem) {
+  unsigned char memory[4] = {};
+  const Frame frame =
+      wrap(ZO_FRAME_FORMAT_YUV444_PLANAR, Size(1, INT_MAX), Strides{{INT_MAX, INT_MAX, INT_MAX, 0}}, memory);
+  EXPECT_FALSE(frame.initialized());
+  EXPECT_EQ(Size(1, INT_MAX), frame.size());
+}
+
+TEST(OutsideMemory, ReceivesACopyFromPaddedRowsWithoutAByteToSpare) {
+  const Frame source = test::makeNoiseFrame(ZO_FRAME_FORMAT_GRAY8, Size(3, 2), 5);
+  ASSERT_GT(source.planeStride(0), 3U);
+  std::vector<unsigned char> memory(6);
+  Frame frame = wrap(ZO_FRAME_FORMAT_GRAY8, Size(3, 2), Strides{{3, 0, 0, 0}}, memory.data());
+  source.copyTo(frame);
+  EXPECT_EQ(test::packedBytes(source), std::string(memory.begin(), memory.end()));
+}
+
 class OutsideMemoryOfUnknownLayout : public testing::TestWithParam<int> {};
 
 TEST_P(OutsideMemoryOfUnknownLayout, HasAPlaneForEachStrideAndIsCopiedDeeply) {
@@ -179,6 +196,49 @@ TEST_P(OutsideMemoryOfUnknownLayout, HasAPlaneForEachStrideAndIsCopiedDeeply) {
   EXPECT_NE(frame.planeData(0), copy.planeData(0));
   EXPECT_EQ(0, std::memcmp(block, copy.planeData(0), 14));
   EXPECT_EQ(0, std::memcmp(block + 14, copy.planeData(1), 8));
+}
+
+TEST_P(OutsideMemoryOfUnknownLayout, HasUpToFourPlanes) {
+  unsigned char block[10] = {};
+  const Frame frame = wrap(static_cast<FrameFormat>(GetParam()), Size(1, 1), Strides{{1, 2, 3, 4}}, block);
+  ASSERT_EQ(4U, frame.planeCount());
+  EXPECT_EQ(block + 6, frame.planeData(3));
+}
+
+TEST_P(OutsideMemoryOfUnknownLayout, IsKeptByACopyOfTheSameShapeAsMemoryOfOursIs) {
+  const auto format = static_cast<FrameFormat>(GetParam());
+  std::vector<unsigned char> pixels(16, 9);
+  std::vector<unsigned char> memory(16, 1);
+  const Frame source = wrap(format, Size(4, 4), Strides{{4, 0, 0, 0}}, pixels.data());
+  Frame outside = wrap(format, Size(4, 4), Strides{{4, 0, 0, 0}}, memory.data());
+  source.copyTo(outside);
+  EXPECT_EQ(pixels, memory);
+  EXPECT_EQ(memory.data(), outside.planeData(0));
+
+  Frame own;
+  source.copyTo(own);
+  const unsigned char* const p_own = own.planeData(0);
+  source.copyTo(own);
+  EXPECT_EQ(p_own, own.planeData(0));
+  const Frame smaller = wrap(format, Size(4, 2), Strides{{4, 4, 0, 0}}, pixels.data());
+  smaller.copyTo(own);
+  EXPECT_EQ(p_own, own.planeData(0)) << "large enough";
+  EXPECT_EQ(2U, own.planeCount());
+  const Frame kept = own;
+  source.copyTo(own);
+  EXPECT_NE(p_own, own.planeData(0)) << "another frame shares it";
+  EXPECT_EQ(2U, kept.planeCount());
+}
+
+TEST_P(OutsideMemoryOfUnknownLayout, IsLeftByACopyWithOtherStrides) {
+  const auto format = static_cast<FrameFormat>(GetParam());
+  std::vector<unsigned char> pixels(20, 9);
+  std::vector<unsigned char> memory(16, 1);
+  const Frame source = wrap(format, Size(4, 4), Strides{{5, 0, 0, 0}}, pixels.data());
+  Frame outside = wrap(format, Size(4, 4), Strides{{4, 0, 0, 0}}, memory.data());
+  source.copyTo(outside);
+  EXPECT_EQ(std::vector<unsigned char>(16, 1), memory);
+  EXPECT_EQ(5U, outside.planeStride(0));
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, OutsideMemoryOfUnknownLayout,

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <new>
 #include <tuple>
+#include <utility>
 
 #include "zo_core/zo_frame.h"
 #include "zo_test_support.h"
@@ -104,6 +105,20 @@ TEST(FrameReuse, ChangesTheStridesWhenOnlyTheAlignmentChanges) {
   EXPECT_EQ(64U, frame.planeStride(0));
   reuse(frame, ZO_FRAME_FORMAT_GRAY8, Size(10, 10), 4);
   EXPECT_EQ(12U, frame.planeStride(0));
+}
+
+TEST(FrameReuse, KnowsTheAlignmentOfFramesThatWereMovedAndCopied) {
+  Frame tight;
+  reuse(tight, ZO_FRAME_FORMAT_GRAY8, Size(10, 10), 1);
+  Frame copied_once(tight);
+  tight.clear();
+  Frame copied_twice;
+  copied_twice = copied_once;
+  copied_once.clear();
+  Frame moved(std::move(copied_twice));
+  EXPECT_EQ(10U, moved.planeStride(0));
+  reuse(moved, ZO_FRAME_FORMAT_GRAY8, Size(10, 10), 0);
+  EXPECT_EQ(64U, moved.planeStride(0));
 }
 
 TEST(FrameReuse, KeepsTheTimestamp) {

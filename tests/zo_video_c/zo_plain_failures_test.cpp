@@ -21,6 +21,8 @@ namespace {
 
 // What the reader says about its rotation, when set.
 std::function<zo::VideoRotation()> rotation_answer;  // NOLINT: read by the function below
+// Whether it says that each reading was interrupted.
+bool readings_interrupted = false;  // NOLINT: the same
 
 }  // namespace
 
@@ -33,6 +35,21 @@ zo::VideoRotation __wrap__ZNK2zo11VideoReader8rotationEv(const zo::VideoReader* 
 
 zo::VideoRotation __wrap__ZNK2zo11VideoReader8rotationEv(const zo::VideoReader* p_reader) {
   return rotation_answer ? rotation_answer() : __real__ZNK2zo11VideoReader8rotationEv(p_reader);
+}
+
+int __real__ZN2zo11VideoReader4readERNS_5FrameERbPNS_14IInterruptableE(zo::VideoReader* p_reader,
+                                                                       zo::Frame& frame, bool& got_frame,
+                                                                       zo::IInterruptable* p_interruptable);
+int __wrap__ZN2zo11VideoReader4readERNS_5FrameERbPNS_14IInterruptableE(zo::VideoReader* p_reader,
+                                                                       zo::Frame& frame, bool& got_frame,
+                                                                       zo::IInterruptable* p_interruptable);
+
+int __wrap__ZN2zo11VideoReader4readERNS_5FrameERbPNS_14IInterruptableE(zo::VideoReader* p_reader,
+                                                                       zo::Frame& frame, bool& got_frame,
+                                                                       zo::IInterruptable* p_interruptable) {
+  const int result = __real__ZN2zo11VideoReader4readERNS_5FrameERbPNS_14IInterruptableE(
+      p_reader, frame, got_frame, p_interruptable);
+  return readings_interrupted ? 1 : result;
 }
 
 }  // extern "C"
@@ -54,6 +71,7 @@ class PlainFailures : public testing::Test {
   PlainFailures() { ffmpegCalls().reset(); }
   ~PlainFailures() override {
     rotation_answer = nullptr;
+    readings_interrupted = false;
     ffmpegCalls().reset();
     zoVideoReader_release(&_p_reader);
     zoFrame_release(&_p_frame);
@@ -153,6 +171,40 @@ TEST_F(PlainFailures, CreateThatIsStoppedWithinASeekIsASeekErrorEvenWhenErrorsAr
       EXPECT_EQ(nullptr, _p_reader);
     }
   }
+}
+
+// --- Reading --------------------------------------------------------------------------------------------
+
+int countAndGoOn(void* p_opaque) {
+  ++*static_cast<int*>(p_opaque);
+  return 0;
+}
+
+TEST_F(PlainFailures, TheCallbackIsNotAskedOnceTheReaderIsOpen) {
+  int polls = 0;
+  ffmpegCalls().poll_before_reading = true;
+  ffmpegCalls().poll_before_seeking = true;
+  ASSERT_EQ(::ZO_STATUS_OK, zoFrame_create(&_p_frame, nullptr, 0));
+  ASSERT_EQ(::ZO_STATUS_OK, create(countAndGoOn, &polls)) << _message;
+  const int polls_of_opening = polls;
+  EXPECT_GT(polls_of_opening, 0);
+  do {
+    ASSERT_EQ(::ZO_STATUS_OK, read()) << _message;
+  } while (_ready == 1);
+  ASSERT_EQ(::ZO_STATUS_OK, move(3)) << _message;
+  ASSERT_EQ(::ZO_STATUS_OK, read()) << _message;
+  EXPECT_EQ(3, _p_reader->frame_index);
+  EXPECT_EQ(polls_of_opening, polls);
+}
+
+TEST_F(PlainFailures, AnInterruptedReadIsNoFailureAndHasNoFrame) {
+  createAll();
+  readings_interrupted = true;
+  EXPECT_EQ(::ZO_STATUS_OK, read());
+  EXPECT_EQ(0, _ready);
+  readings_interrupted = false;
+  EXPECT_EQ(::ZO_STATUS_OK, read());
+  EXPECT_EQ(1, _ready);
 }
 
 // --- A rotation that has no plain code --------------------------------------------------------------------

@@ -46,8 +46,8 @@ class ZO_CORE_API Frame {
 
   /// A frame over memory that already exists; nothing is copied. A format that the library knows no layout of
   /// (custom, reserved or unknown) has a plane for each stride up to the first 0, as high as the image. A
-  /// size below 1, a stride too small for its row or a null pointer gives a frame with that format and size
-  /// but no planes. Throws std::bad_alloc.
+  /// size below 1, a stride too small for its row or beyond INT_MAX, more bytes than memory can hold or a
+  /// null pointer gives a frame with that format and size but no planes. Throws std::bad_alloc.
   Frame(const FrameLayout& layout, const DeviceContext& context, const DevicePtr& memory);
 
   Frame(const Frame& other) noexcept;
@@ -117,7 +117,7 @@ class ZO_CORE_API Frame {
                               const std::array<unsigned, 4>& strides,
                               const std::array<std::size_t, 4>& offsets) noexcept;
   ZO_CORE_PRIVATE void detach() noexcept;
-  ZO_CORE_PRIVATE void allocateLike(const Frame& other);
+  ZO_CORE_PRIVATE void reuseLike(const Frame& other);
   ZO_CORE_PRIVATE void clearSlack(std::size_t block_bytes) noexcept;
 
   FrameFormat _format;

@@ -10,7 +10,7 @@ extern "C" {
 #endif
 
 /*
- * The plain view of a frame: an image of up to four planes with its time.
+ * The plain view of a frame: an image of up to four planes with its time. One thread at a time per frame.
  *
  * Only the library writes these fields. They describe the frame as it was after the last call that succeeded
  * with this record; the plane pointers stay valid until the next call that is given it, or the release. A
@@ -32,8 +32,8 @@ typedef struct ZoFrame {
  * Makes a new, empty frame and stores it in *pp_frame; release it with zoFrame_release.
  *
  * p_message (may be null) receives the error text: always terminated, never more than message_size bytes.
- * Returns 0, or ZO_STATUS_NULL_POINTER when pp_frame is null, or the status of a failed allocation; on
- * failure *pp_frame is left as it was.
+ * Returns 0, or ZO_STATUS_NULL_POINTER when pp_frame is null, or ZO_STATUS_STD_EXCEPTION when there
+ * is no memory; on failure *pp_frame is left as it was.
  */
 ZO_CORE_API int zoFrame_create(ZoFrame** pp_frame, char* p_message, unsigned int message_size);
 
@@ -43,7 +43,7 @@ ZO_CORE_API int zoFrame_create(ZoFrame** pp_frame, char* p_message, unsigned int
  * frame then holds no planes. The timestamp is kept.
  *
  * Returns 0; ZO_STATUS_NULL_POINTER when p_frame is null; ZO_STATUS_NOT_INITIALIZED when its p_handle is
- * null; the status of a failed allocation, with frame and record as they were.
+ * null; ZO_STATUS_STD_EXCEPTION when there is no memory, with frame and record as they were.
  */
 ZO_CORE_API int zoFrame_reuse(ZoFrame* p_frame, ZoFrameFormat format, ZoSize size, char* p_message,
                               unsigned int message_size);

@@ -15,7 +15,7 @@ typedef ZO_C_ENUM(ZoStatus){
     ZO_STATUS_OK = 0,                 /* success */
     ZO_STATUS_UNKNOWN_ERROR = 1,      /* an exception of unknown type was caught */
     ZO_STATUS_INTERNAL_ERROR = 2,     /* a broken assumption inside the library */
-    ZO_STATUS_STD_EXCEPTION = 3,      /* a standard-library exception was caught */
+    ZO_STATUS_STD_EXCEPTION = 3,      /* a standard-library exception was caught: for one, no memory */
     ZO_STATUS_NULL_POINTER = 4,       /* a required pointer is null */
     ZO_STATUS_OUT_OF_RANGE = 5,       /* an index or enumeration value outside its range */
     ZO_STATUS_INVALID_ARGUMENT = 6,   /* a wrong parameter value */
@@ -25,7 +25,7 @@ typedef ZO_C_ENUM(ZoStatus){
     ZO_STATUS_NOT_ALLOWED = 11,       /* an operation that is switched off for this stream */
     ZO_STATUS_UNEXPECTED_RESULT = 12, /* a library call gave another result than the required one */
     ZO_STATUS_TIMEOUT = 13,           /* the time budget of an open or read ran out */
-    ZO_STATUS_OUT_OF_MEMORY = 18,     /* an allocation failed */
+    ZO_STATUS_OUT_OF_MEMORY = 18,     /* a library underneath had no memory */
     ZO_STATUS_OPEN_ERROR = 20,        /* a stream or file cannot be opened */
     ZO_STATUS_READ_ERROR = 21,        /* reading a stream, packet or file failed */
     ZO_STATUS_WRITE_ERROR = 22,       /* writing a file failed */
