@@ -147,10 +147,15 @@ void VideoReader::Impl::close() noexcept {
 int VideoReader::Impl::open(const char* url, int timeout_ms, IInterruptable* open_interruptable,
                             bool enable_navigation, bool skip_errors, bool use_navigation_cache) {
   static const char FUNCTION[] = "open";
+  // The text may be the reader's own, which closing takes away: url(), a part of it, a metadata value.
   std::string own_url;
-  if (url == _url.c_str()) {
-    own_url.swap(_url);  // closing would empty it
-    url = own_url.c_str();
+  try {
+    if (url != nullptr) {
+      own_url = url;
+    }
+  } catch (...) {
+    close();
+    throw;
   }
   close();
   if (url == nullptr) {
@@ -162,11 +167,11 @@ int VideoReader::Impl::open(const char* url, int timeout_ms, IInterruptable* ope
                     "Call close() before reopening with new parameters");
   }
   try {
-    _url = url;
+    _url.swap(own_url);
     _timeout_ms = timeout_ms;
     InterruptableLoan loan(_p_interruptable, open_interruptable);
     _skip_errors = skip_errors;
-    if (!_openInput(url)) {
+    if (!_openInput(_url.c_str())) {
       return 1;
     }
     _openDecoder();

@@ -219,6 +219,31 @@ TEST_F(ReaderOpening, TakesItsOwnUrlAgain) {
   EXPECT_EQ(3U, test::readAll(reader, 3).size());
 }
 
+TEST_F(ReaderOpening, TakesAPartOfItsOwnUrl) {
+  VideoReader reader;
+  const std::string path = makeClip("a.mkv");
+  test::openPlainly(reader, "file:" + path);
+  EXPECT_EQ(0, reader.open(reader.url() + 5, -1, nullptr, false, false, false));
+  EXPECT_EQ(path, reader.url());
+  EXPECT_EQ(3U, test::readAll(reader, 3).size());
+  // Short enough to lie in the reader itself.
+  const test::WorkingDir inside(_directory.path());
+  test::openPlainly(reader, "file:a.mkv");
+  EXPECT_EQ(0, reader.open(reader.url() + 5, -1, nullptr, false, false, false));
+  EXPECT_STREQ("a.mkv", reader.url());
+}
+
+TEST_F(ReaderOpening, TakesAMetadataValueAsUrl) {
+  const std::string named = makeClip("named.mkv");
+  ClipOptions options;
+  options.metadata = {{"title", named}};
+  VideoReader reader;
+  test::openPlainly(reader, makeClip("a.mp4", options));
+  EXPECT_EQ(0, reader.open(reader.getMetadataValue("title"), -1, nullptr, false, false, false));
+  EXPECT_EQ(named, reader.url());
+  EXPECT_EQ(3U, test::readAll(reader, 3).size());
+}
+
 TEST_F(ReaderOpening, CopiesTheUrl) {
   std::string url = makeClip("a.mkv");
   VideoReader reader;
