@@ -61,6 +61,16 @@ int64_t firstDts(const AVStream* p_stream) {
 #endif
 }
 
+// The demuxer of single pictures reads on where the file stands, and its seek leaves that as it is.
+int seekStream(AVFormatContext* p_format, int stream_index, int64_t target, int flags) {
+  const int result = av_seek_frame(p_format, stream_index, target, flags);
+  if (result >= 0 && p_format->pb != nullptr && std::strcmp(p_format->iformat->name, "image2") == 0) {
+    const int64_t position = avio_seek(p_format->pb, 0, SEEK_SET);
+    return position < 0 ? static_cast<int>(position) : result;
+  }
+  return result;
+}
+
 bool decodersQueuePictures() {
   return LIBAVCODEC_VERSION_MAJOR >= 61;  // HEVC in FFmpeg 7.1
 }

@@ -28,10 +28,12 @@ bool hasFirstDts();
 /// That field, AV_NOPTS_VALUE where it does not exist.
 int64_t firstDts(const AVStream* p_stream);
 
+/// av_seek_frame(), with the same arguments and result, that also works in the file of a single picture.
+int seekStream(AVFormatContext* p_format, int stream_index, int64_t target, int flags);
+
 /// True where a decoder may have finished several pictures with one packet and keeps the others: unless they
 /// are asked for, it takes no more packets.
 bool decodersQueuePictures();
-
 /// Makes a decoder forget all that it was given, pictures that it has finished included.
 /// @param p_spare  Loses what it holds.
 void flushDecoder(AVCodecContext* p_codec, AVFrame* p_spare);

@@ -108,6 +108,7 @@ void VideoReader::Impl::_clear() noexcept {
   _eos_index = -1;
   _stream_index = -1;
   _pix_fmt = AV_PIX_FMT_NONE;
+  _picture_format = AV_PIX_FMT_NONE;
   _navigation = false;
   _skip_errors = false;
   _start_time = 0;
@@ -382,6 +383,11 @@ int VideoReader::Impl::_read(bool& got_frame, IInterruptable* interruptable) {
       if (_skip_before != NO_SKIPPING) {
         _chooseSkipping(result);
       }
+      // What comes before a key frame counts as lost to the decoder until that key frame has come out; where
+      // the stream ends first, it would keep back pictures that are whole.
+      if (result == PacketRead::END_OF_FILE && _first_picture_index >= 0 && !_position_from_picture) {
+        _p_codec_ctx->flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT;
+      }
       decoded = _decodePacket(_p_av_packet.get(), got_frame);
     }
   } catch (...) {
@@ -390,6 +396,9 @@ int VideoReader::Impl::_read(bool& got_frame, IInterruptable* interruptable) {
   }
   if (got_frame) {
     _pictures_queued = decodersQueuePictures();
+    // A fresh decoder takes over at the end of the stream and knows only what the stream begins with.
+    _picture_format = _p_codec_ctx->pix_fmt;
+    _size = Size(_p_codec_ctx->width, _p_codec_ctx->height);
     ++_decoded_index;
     if (_navigation) {
       _correctFrameIndex();
@@ -398,7 +407,6 @@ int VideoReader::Impl::_read(bool& got_frame, IInterruptable* interruptable) {
   if (_decoded_index == _eos_index && !_endOfStream()) {
     _setEndOfStream();
   }
-  _size = Size(_p_codec_ctx->width, _p_codec_ctx->height);
   return 0;
 }
 
@@ -511,8 +519,10 @@ void VideoReader::Impl::_setEndOfStream() {
   _pictures_queued = false;
   _state = STATE_END_OF_STREAM;
   // Before the first picture after a seek the index is only what was hoped for, and after a lost packet the
-  // stream's real last picture may be one that did not come this time.
-  if (!_position_from_picture && !_packet_lost) {
+  // stream's real last picture may be one that did not come this time. Nor does it come where a decoder that
+  // began in the middle of the stream keeps pictures back.
+  const bool is_last = !_navigation || _decoded_index >= _frame_count - 1;
+  if (is_last && !_position_from_picture && !_packet_lost) {
     _eos_index = _decoded_index;
   }
 }
@@ -527,7 +537,7 @@ void VideoReader::Impl::_copyToOutFrame(Frame& frame) {
                     "Attempt to copy an empty frame.");
   }
   try {
-    _converter.convertAvFrame(_p_av_frame.get(), _p_codec_ctx->pix_fmt, frame);
+    _converter.convertAvFrame(_p_av_frame.get(), _picture_format, frame);
   } catch (const std::bad_alloc&) {
     --_frame_index;  // the picture is still held: the next read delivers it
     throw;

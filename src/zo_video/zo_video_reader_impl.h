@@ -159,6 +159,7 @@ class VideoReader::Impl {
   std::vector<int64_t> _pts_heap;
   double _rotation;
 
+  AVPixelFormat _picture_format;  // the decoder's when it gave the held picture
   double _time_base;              // of the chosen stream, seconds per tick
   IndexOrder _index_order;        // of _packets_ts
   Rate _rate;                     // looked at when it is needed
@@ -167,7 +168,7 @@ class VideoReader::Impl {
   bool _packet_pending;           // _p_av_packet was read to look at a landing and is still to be decoded
   bool _packet_lost;              // a read has failed: going on from here may miss a picture
   bool _position_from_picture;    // the next decoded picture's time tells where a seek has led
-  int64_t _first_picture_index;   // index of the first picture decoded since the last seek
+  int64_t _first_picture_index;   // of the first picture decoded since the last seek; _frame_count: not told
   bool _seek_by_presentation;     // this demuxer takes seek targets as presentation times
   bool _presentation_seek_fails;  // seeking by presentation time was tried and did no better
   int64_t _skip_before;    // pictures before this time that nothing refers to are left out; or NO_SKIPPING

@@ -1,5 +1,6 @@
 // Jumps: how to get to a frame by its index, exactly, with demuxers that seek where they please.
 #include <algorithm>
+#include <cstdint>
 
 #include "zo_av_error.h"
 #include "zo_ffmpeg_compat.h"
@@ -76,9 +77,12 @@ void VideoReader::Impl::_jump(long long frame_index, long long key_index) {
         return;
       }
       // Having come past the frame means that the decoder has no such picture; having met nothing before it
-      // means that the seek was late, or that the decoder needed a longer run-up.
-      if (decoded == Decoded::STREAM_ENDED || _decoded_index == frame_index ||
-          _first_picture_index <= frame_index) {
+      // means that the seek was late, or that the decoder needed a longer run-up. So does the stream's end,
+      // and a first picture without a time, as nothing tells which one it is.
+      const bool counted = landing == Landing::UNKNOWN || _first_picture_index != _frame_count;
+      const bool come_past =
+          counted && (_decoded_index == frame_index || _first_picture_index <= frame_index);
+      if (decoded == Decoded::STREAM_ENDED ? landing == Landing::UNKNOWN : come_past) {
         return;
       }
       if (landing != Landing::UNKNOWN) {
@@ -124,15 +128,16 @@ void VideoReader::Impl::_seekForMove(long long frame_index, long long key_index)
   }
 }
 
-// Returns what av_seek_frame() returned; 0 is success.
+// Returns what seekStream() returned; 0 is success.
 int VideoReader::Impl::_seekTo(int64_t target, int flags, long long key_index) {
   if (_packet_pending) {
     av_packet_unref(_p_av_packet.get());
     _packet_pending = false;
   }
-  const int result = av_seek_frame(_p_format_ctx.get(), _stream_index, target, flags);
+  const int result = seekStream(_p_format_ctx.get(), _stream_index, target, flags);
   if (result == 0) {
     flushDecoder(_p_codec_ctx.get(), _p_av_frame.get());
+    _p_codec_ctx->flags &= ~AV_CODEC_FLAG_OUTPUT_CORRUPT;
     _pictures_queued = false;
     _state = STATE_OPEN;
     _packet_lost = false;
@@ -149,11 +154,17 @@ bool VideoReader::Impl::_seekBack(int step, long long key_index) {
   if (step < LAST_STEP_AT_SAME_KEY) {
     target = _writtenTarget(key_index);
   } else {
-    for (int keys_back = (1 << (step - LAST_STEP_AT_SAME_KEY)) - 1; keys_back > 0; --keys_back) {
-      if (key_index == 0) {
-        return false;
-      }
+    const int most_back = (1 << (step - LAST_STEP_AT_SAME_KEY)) - 1;
+    int keys_back = 0;
+    for (; keys_back < most_back && key_index > 0; ++keys_back) {
       key_index = keyIndexAtOrBefore(_packets_ts, key_index - 1);
+    }
+    if (keys_back < most_back && keys_back <= most_back / 2) {
+      return false;  // the stream's start, where the step before has been
+    }
+    // Nothing lies before the first packet that could make up for a seek that leads behind it.
+    if (keys_back > 0 && key_index == 0 && _seekTo(_writtenTarget(0), AVSEEK_FLAG_BACKWARD, 0) == 0) {
+      return true;
     }
     target = _getPktTsInBaseTime(key_index);
   }
@@ -177,7 +188,11 @@ VideoReader::Impl::Landing VideoReader::Impl::_lookAtLanding(long long frame_ind
     if (index > frame_index) {
       return Landing::UNUSABLE;
     }
-    if ((_p_av_packet->flags & AV_PKT_FLAG_KEY) != 0) {
+    // Where two pictures share a packet, one without content makes up for it. Files call even that a key
+    // frame.
+    const bool says_nothing =
+        _p_codec_ctx->codec_id == AV_CODEC_ID_MPEG4 && _p_av_packet->size <= LARGEST_EMPTY_PICTURE;
+    if ((_p_av_packet->flags & AV_PKT_FLAG_KEY) != 0 && !says_nothing) {
       return index < key_index ? Landing::EARLIER : Landing::AT_KEY;
     }
     if (index >= key_index || !isKeyPacket(_packets_ts[static_cast<std::size_t>(key_index)])) {

@@ -105,9 +105,9 @@ void VideoReader::Impl::_findFirstDts() {
 
 void VideoReader::Impl::_seekToStart() {
   AVFormatContext* const p_format = _p_format_ctx.get();
-  int result = av_seek_frame(p_format, _stream_index, _first_dts, AVSEEK_FLAG_BACKWARD);
+  int result = seekStream(p_format, _stream_index, _first_dts, AVSEEK_FLAG_BACKWARD);
   if (result < 0) {
-    result = av_seek_frame(p_format, _stream_index, _first_dts, AVSEEK_FLAG_BACKWARD | AVSEEK_FLAG_ANY);
+    result = seekStream(p_format, _stream_index, _first_dts, AVSEEK_FLAG_BACKWARD | AVSEEK_FLAG_ANY);
   }
   if (result < 0) {
     throw Exception(nullptr, ZO_STATUS_SEEK_ERROR, "_seekToStart", SOURCE_FILE, __LINE__,
@@ -158,7 +158,8 @@ void VideoReader::Impl::_correctFrameIndex() {
   }
   if (_position_from_picture) {
     _position_from_picture = false;
-    _first_picture_index = _decoded_index;
+    // Without a time the index is only what was hoped for.
+    _first_picture_index = picture_time == AV_NOPTS_VALUE ? _frame_count : _decoded_index;
   }
 }
 

@@ -17,7 +17,7 @@ foreach(function
 endforeach()
 
 zo_add_test(zo_exact_jump_test
-  SOURCES zo_exact_jump_test.cpp
+  SOURCES zo_exact_jump_test.cpp zo_last_group_test.cpp
   LIBS zo_navigation_test)
 zo_add_test(zo_damaged_jump_test
   SOURCES zo_damaged_jump_test.cpp zo_inexact_files_test.cpp
