@@ -44,7 +44,8 @@ class ZO_VIDEO_API VideoReader {
 
   /// Closes what was open, opens `url` and sets up the decoder of its best video stream.
   ///
-  /// @param url                   Path or URL as FFmpeg knows them; copied. RTSP goes over TCP.
+  /// @param url                   Path or URL as FFmpeg knows them; copied, so it may be the reader's own
+  ///                              text: url(), a part of it, a metadata value. RTSP goes over TCP.
   /// @param timeout_ms            Longest time, in milliseconds, that any single blocking call into the
   ///                              demuxer may take, at open and in later reads; negative: no limit. For RTSP
   ///                              at most 2147483 with FFmpeg before 5.0, which refuses more.
@@ -79,7 +80,8 @@ class ZO_VIDEO_API VideoReader {
   ///
   /// `frame` is reused, so reading into the same frame allocates nothing. A picture that the decoder did not
   /// produce is delivered as an empty frame (not initialized()) that carries its time. Pixels come in
-  /// format(); a pixel format without an equivalent is converted to ZO_FRAME_FORMAT_YUV444_PLANAR.
+  /// format(); a pixel format without an equivalent is converted to ZO_FRAME_FORMAT_YUV444_PLANAR. Opened
+  /// without navigation, a frame whose time nobody tells gets the one that timestamp() describes.
   ///
   /// @param frame          Receives the picture; untouched when there is none and on interruption.
   /// @param got_frame      True when a frame was delivered, false at the end of the stream.
@@ -105,6 +107,8 @@ class ZO_VIDEO_API VideoReader {
   /// Seeks do not restart the time budget, packets do: where a seek was cut off because the last packet was
   /// read longer ago than the budget, read() once and move again.
   /// Cost: nothing for the next frame; otherwise at most the decoding from the key frame before the target.
+  /// Only where the target does not come out of that, as in damaged or gradually refreshed streams, from 1, 3
+  /// and 7 key frames further back as well.
   void moveByIndex(long long frame_index);
 
   /// Value of a container metadata entry (such as "title"), or null when there is none, when `key` is null
@@ -124,6 +128,9 @@ class ZO_VIDEO_API VideoReader {
   /// How far the pictures have to be turned clockwise to stand upright.
   VideoRotation rotation() const;
   /// Time of the last delivered frame in milliseconds of stream time; the start time is not subtracted.
+  /// Without navigation, where neither packet nor decoder tells it: -2^63 ticks of the stream, which is a
+  /// time far before anything in it, or the lowest number a long long can hold where a tick is a millisecond
+  /// or longer.
   long long timestamp() const;
   /// Format of the delivered frames; ZO_FRAME_FORMAT_UNDEFINED when closed.
   FrameFormat format() const;
