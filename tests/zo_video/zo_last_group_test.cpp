@@ -132,6 +132,7 @@ std::vector<ClipCase> aviGroups() {
     for (const int frames : {10, 15, 25, 37, 38, 47, 48, 49, 50}) {
       cases.push_back({codec + std::to_string(frames), "a.avi", codec, [frames](ClipOptions& options) {
                          options.frames = frames;
+                         options.open_gop = true;
                          options.b_frames = 2;
                        }});
     }
