@@ -27,8 +27,9 @@ SwsContext* __wrap_sws_getCachedContext(SwsContext* p_context, int src_width, in
                                         SwsFilter* p_dst_filter, const double* p_parameters) {
   static int last[7] = {};
   const int wanted[7] = {src_width, src_height, src_format, dst_width, dst_height, dst_format, flags};
-  // A context for other parameters may get the address of the one that it replaces.
-  const bool keeps = p_context != nullptr && std::equal(wanted, wanted + 7, last);
+  // A context for other parameters may get the address of the one that it replaces. With a flag word of 0 the
+  // scaler sets each one up anew, also for the parameters of before.
+  const bool keeps = p_context != nullptr && flags != 0 && std::equal(wanted, wanted + 7, last);
   std::copy(wanted, wanted + 7, last);
   contexts_set_up += keeps ? 0 : 1;
   return __real_sws_getCachedContext(p_context, src_width, src_height, src_format, dst_width, dst_height,

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstddef>
 #include <tuple>
+#include <vector>
 
 #include "zo_scaler_call.h"
 #include "zo_test_support.h"
@@ -176,6 +178,75 @@ TEST(ConverterTest, GivesTheSameResultHoweverOftenItIsUsedForOtherThings) {
   converter.convert(source, ZO_FRAME_FORMAT_YUV420_PLANAR_I420, Size(40, 30), again, BICUBIC);
   converter.convert(source, ZO_FRAME_FORMAT_YUV420_PLANAR_I420, Size(40, 30), again, BICUBIC);
   EXPECT_TRUE(test::samePixels(first, again));
+}
+
+struct ScalerUse {
+  const char* name;
+  FrameFormat from;
+  Size from_size;
+  FrameFormat to;
+  Size to_size;
+  VideoConverter::ScaleAlgorithm algorithm;
+};
+
+const ScalerUse USED_BEFORE{"",     ZO_FRAME_FORMAT_BGR24, Size(40, 30), ZO_FRAME_FORMAT_GRAY8, Size(20, 15),
+                            BICUBIC};
+
+Frame convertedBy(VideoConverter& converter, const ScalerUse& use) {
+  const Frame source = test::makeNoiseFrame(use.from, use.from_size, 8);
+  Frame result = prepared(use.to, use.to_size);
+  converter.convert(source, use.to, use.to_size, result, use.algorithm);
+  return result;
+}
+
+class ScalerSetup : public testing::TestWithParam<ScalerUse> {};
+
+TEST_P(ScalerSetup, IsMadeAnewWhenOneThingOnlyChanges) {
+  VideoConverter fresh;
+  VideoConverter used;
+  convertedBy(used, USED_BEFORE);
+  EXPECT_TRUE(test::samePixels(convertedBy(fresh, GetParam()), convertedBy(used, GetParam())));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, ScalerSetup,
+                         testing::Values(ScalerUse{"SourceFormat", ZO_FRAME_FORMAT_RGB24, Size(40, 30),
+                                                   ZO_FRAME_FORMAT_GRAY8, Size(20, 15), BICUBIC},
+                                         ScalerUse{"SourceWidth", ZO_FRAME_FORMAT_BGR24, Size(32, 30),
+                                                   ZO_FRAME_FORMAT_GRAY8, Size(20, 15), BICUBIC},
+                                         ScalerUse{"SourceHeight", ZO_FRAME_FORMAT_BGR24, Size(40, 24),
+                                                   ZO_FRAME_FORMAT_GRAY8, Size(20, 15), BICUBIC},
+                                         ScalerUse{"Format", ZO_FRAME_FORMAT_BGR24, Size(40, 30),
+                                                   ZO_FRAME_FORMAT_RGB24, Size(20, 15), BICUBIC},
+                                         ScalerUse{"Width", ZO_FRAME_FORMAT_BGR24, Size(40, 30),
+                                                   ZO_FRAME_FORMAT_GRAY8, Size(18, 15), BICUBIC},
+                                         ScalerUse{"Height", ZO_FRAME_FORMAT_BGR24, Size(40, 30),
+                                                   ZO_FRAME_FORMAT_GRAY8, Size(20, 13), BICUBIC},
+                                         ScalerUse{"Algorithm", ZO_FRAME_FORMAT_BGR24, Size(40, 30),
+                                                   ZO_FRAME_FORMAT_GRAY8, Size(20, 15),
+                                                   VideoConverter::ZO_SCALE_ALGORITHM_NEAREST}),
+                         test::CaseName());
+
+Frame tightlyOutside(std::vector<unsigned char>& memory, Size size) {
+  const unsigned stride = 3U * static_cast<unsigned>(size.width);
+  return Frame(FrameLayout(ZO_FRAME_FORMAT_RGB24, size, {{stride, 0, 0, 0}}), DeviceContext(),
+               DevicePtr(static_cast<void*>(memory.data())));
+}
+
+// Halving the chroma of an odd width takes a pixel beyond the last one.
+TEST(ConverterTest, OutsideMemoryGivesTheSameResultWhateverWasConvertedBefore) {
+  constexpr auto AREA = VideoConverter::ZO_SCALE_ALGORITHM_AREA;
+  std::vector<unsigned char> white(64 * 64 * 3, 0xFF);
+  std::vector<unsigned char> memory(17 * 8 * 3, 0);
+  Frame source = tightlyOutside(memory, Size(17, 8));
+  test::makeNoiseFrame(ZO_FRAME_FORMAT_RGB24, Size(17, 8), 8).copyTo(source);
+  Frame expected;
+  Frame between;
+  Frame result;
+  VideoConverter used;
+  VideoConverter().convert(source, ZO_FRAME_FORMAT_YUV420_PLANAR_I420, Size(9, 8), expected, AREA);
+  used.convert(tightlyOutside(white, Size(64, 64)), ZO_FRAME_FORMAT_GRAY8, Size(8, 8), between, AREA);
+  used.convert(source, ZO_FRAME_FORMAT_YUV420_PLANAR_I420, Size(9, 8), result, AREA);
+  EXPECT_TRUE(test::samePixels(expected, result));
 }
 
 TEST(ConverterTest, ReusesTheMemoryOfTheDestination) {
