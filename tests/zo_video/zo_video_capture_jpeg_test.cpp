@@ -56,6 +56,33 @@ TEST_F(Capture, JpegAfterTheEndLeavesBothArgumentsAlone) {
   EXPECT_EQ(77, timestamp);
 }
 
+TEST_F(Capture, JpegOutlivesAFailedOpenAndGoesWithTheReadThatFindsNothingOpen) {
+  VideoCapture capture(true, false);
+  capture.open(clip(3), -1);
+  Frame frame;
+  ASSERT_TRUE(capture.read(frame));
+  EXPECT_THROW(capture.open(_directory.file("none.mp4"), -1), Exception);
+  Buffer jpeg;
+  long long timestamp = 77;
+  EXPECT_TRUE(capture.readJpeg(jpeg, timestamp));
+  EXPECT_LT(0U, jpeg.size());
+  EXPECT_EQ(0, timestamp);
+  EXPECT_THROW(capture.read(frame), Exception);
+  EXPECT_FALSE(capture.readJpeg(jpeg, timestamp));
+}
+
+TEST_F(Capture, OpenLeavesTheJpeg) {
+  const std::string path = clip(3);
+  VideoCapture capture(true, false);
+  capture.open(path, -1);
+  Frame frame;
+  ASSERT_TRUE(capture.read(frame));
+  capture.open(path, -1);
+  Buffer jpeg;
+  long long timestamp = 0;
+  EXPECT_TRUE(capture.readJpeg(jpeg, timestamp));
+}
+
 TEST_F(Capture, JpegIsMadeFromThePictureAsDecoded) {
   VideoCapture capture(true, false);
   capture.setFormat(ZO_FRAME_FORMAT_GRAY8);
@@ -184,6 +211,32 @@ TEST_F(Capture, FrameThatCannotBeConvertedCountsAsDelivered) {
   capture.setFormat(ZO_FRAME_FORMAT_BGR24);
   ASSERT_TRUE(capture.read(frame));
   EXPECT_EQ(120, frame.timestamp());
+}
+
+TEST_F(Capture, FrameThatCannotBeConvertedHasAJpegAllTheSame) {
+  VideoCapture capture(true, false);
+  capture.setFormat(ZO_FRAME_FORMAT_YUV420_PLANAR_YV12);
+  capture.open(clip(3), -1);
+  Frame frame;
+  EXPECT_THROW(capture.read(frame), Exception);
+  EXPECT_THROW(capture.read(frame), Exception);
+  Buffer jpeg;
+  long long timestamp = 0;
+  EXPECT_TRUE(capture.readJpeg(jpeg, timestamp));
+  EXPECT_EQ(64, jpegHeader(jpeg).width);
+  EXPECT_EQ(40, timestamp);
+}
+
+// 40.4 ms is 40 ms too.
+TEST_F(Capture, FrameThatCannotBeConvertedCountsForDuplicatesToo) {
+  VideoCapture capture(true, false);
+  capture.setFormat(ZO_FRAME_FORMAT_YUV420_PLANAR_YV12);
+  capture.open(clipAtTenths({0, 400, 404, 800}), -1);
+  Frame frame;
+  EXPECT_THROW(capture.read(frame), Exception);
+  EXPECT_THROW(capture.read(frame), Exception);
+  capture.setFormat(ZO_FRAME_FORMAT_BGR24);
+  EXPECT_EQ((std::vector<long long>{80}), remainingTimes(capture));
 }
 
 /// A clip in which the decoder refuses one packet.

@@ -101,18 +101,26 @@ TEST_F(Capture, SlowStreamCatchesUpWithinItsShare) {
 }
 
 TEST_F(Capture, LimitHoldsAgainstTheFirstDeliveredTime) {
-  ClipOptions options;
-  options.first_pts = 25;  // one second
   VideoCapture capture(true, false);
   capture.setMaxFps(10);
-  capture.open(makeClip(_directory.file("late.mkv"),
-                        [&] {
-                          options.frames = 12;
-                          return options;
-                        }())
-                   .path,
-               -1);
+  capture.open(clipFrom(25, 12), -1);
   EXPECT_EQ(thinned(12, 10, 1000), remainingTimes(capture));
+}
+
+TEST_F(Capture, FramesBeforeTimeZeroAreTooEarlyForALimit) {
+  VideoCapture capture(false, false);
+  capture.setMaxFps(25);
+  capture.open(clipFrom(-3, 6), -1);
+  EXPECT_EQ((std::vector<long long>{0, 40, 80}), remainingTimes(capture));
+}
+
+TEST_F(Capture, LimitSetOnTheWayHoldsAgainstANegativeFirstTime) {
+  VideoCapture capture(false, false);
+  capture.open(clipFrom(-3, 6), -1);
+  Frame frame;
+  ASSERT_TRUE(capture.read(frame));
+  capture.setMaxFps(25);
+  EXPECT_EQ((std::vector<long long>{40, 80, 120, 160, 200}), remainingTimes(capture));
 }
 
 TEST_F(Capture, TooEarlyFramesAtTheEndDeliverNothing) {
@@ -129,10 +137,7 @@ TEST_F(Capture, TooEarlyFramesAtTheEndDeliverNothing) {
 // Times
 
 TEST_F(Capture, NegativeFirstTimeIsMovedToZero) {
-  ClipOptions options;
-  options.frames = 6;
-  options.first_pts = -3;
-  const std::string path = makeClip(_directory.file("negative.mkv"), options).path;
+  const std::string path = clipFrom(-3, 6);
   ASSERT_EQ(-120, timestampToMs(decodeReference(path).pictures.front().best_effort_timestamp,
                                 decodeReference(path).time_base));
   VideoCapture capture(false, false);

@@ -212,6 +212,18 @@ TEST_F(Capture, OpenWithoutCloseGoesOnCountingAgainstTheOldTimes) {
   EXPECT_EQ((std::vector<long long>{40, 80, 120}), remainingTimes(capture));
 }
 
+TEST_F(Capture, CloseForgetsTheFirstTime) {
+  VideoCapture capture(false, false);
+  capture.open(clipFrom(25, 3), -1);
+  Frame frame;
+  ASSERT_TRUE(capture.read(frame));
+  ASSERT_EQ(1000, frame.timestamp());
+  capture.close();
+  capture.setMaxFps(25);
+  capture.open(clip(3), -1);
+  EXPECT_EQ((std::vector<long long>{0, 40, 80}), remainingTimes(capture));
+}
+
 // Reading
 
 TEST_F(Capture, DeliversEveryFrameAsDecodedByDefault) {
@@ -290,6 +302,61 @@ TEST_F(Capture, NewFormatAndSizeTakeEffectAtTheNextRead) {
   EXPECT_EQ(Size(16, 12), frame.size());
   EXPECT_EQ(80, frame.timestamp());
 }
+
+// A stream that changes on the way
+
+ClipOptions larger() {
+  ClipOptions options;
+  options.pixel_format = AV_PIX_FMT_YUVJ420P;
+  options.width = 80;
+  options.height = 32;
+  return options;
+}
+
+ClipOptions finerInColour() {
+  ClipOptions options;
+  options.pixel_format = AV_PIX_FMT_YUVJ422P;
+  return options;
+}
+
+TEST_F(Capture, OneFrameComesInTheStreamsNewSize) {
+  VideoCapture capture(false, false);
+  capture.open(clipThatChanges(larger()), -1);
+  EXPECT_EQ(
+      (std::vector<Size>{Size(64, 48), Size(64, 48), Size(64, 48), Size(80, 32), Size(64, 48), Size(64, 48)}),
+      remaining(capture, &Frame::size));
+  EXPECT_EQ(Size(64, 48), capture.frameSize());
+}
+
+TEST_F(Capture, FramesComeInTheStreamsNewPixelFormatAndFormatStays) {
+  VideoCapture capture(false, false);
+  capture.open(clipThatChanges(finerInColour()), -1);
+  EXPECT_EQ((std::vector<FrameFormat>{ZO_FRAME_FORMAT_YUV420_PLANAR_I420, ZO_FRAME_FORMAT_YUV420_PLANAR_I420,
+                                      ZO_FRAME_FORMAT_YUV420_PLANAR_I420, ZO_FRAME_FORMAT_YUV422_PLANAR,
+                                      ZO_FRAME_FORMAT_YUV422_PLANAR, ZO_FRAME_FORMAT_YUV422_PLANAR}),
+            remaining(capture, &Frame::format));
+  EXPECT_EQ(ZO_FRAME_FORMAT_YUV420_PLANAR_I420, capture.format());
+}
+
+class CaptureOfChanges : public Capture, public testing::WithParamInterface<Named<ClipOptions (*)()>> {};
+
+TEST_P(CaptureOfChanges, ConvertedFramesStayInTheFormatAndSizeThatAreSet) {
+  const std::string path = clipThatChanges(GetParam().value());
+  VideoCapture capture(false, false);
+  capture.setFormat(ZO_FRAME_FORMAT_GRAY8);
+  capture.setFrameSize(Size(32, 24));
+  capture.open(path, -1);
+  EXPECT_EQ(std::vector<FrameFormat>(6, ZO_FRAME_FORMAT_GRAY8), remaining(capture, &Frame::format));
+  capture.open(path, -1);
+  EXPECT_EQ(std::vector<Size>(6, Size(32, 24)), remaining(capture, &Frame::size));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, CaptureOfChanges,
+                         testing::ValuesIn<Named<ClipOptions (*)()>>({{"Size", larger},
+                                                                      {"PixelFormat", finerInColour}}),
+                         caseName<ClipOptions (*)()>);
+
+// The end, duplicates
 
 TEST_F(Capture, EndLeavesTheCallersFrameUntouched) {
   VideoCapture capture(false, false);
@@ -405,6 +472,20 @@ TEST_F(Capture, RefusedPositionLeavesTheRateLimitAlone) {
   EXPECT_THROW(capture.setPosition(-1), Exception);
   ASSERT_TRUE(capture.read(frame));
   EXPECT_EQ(120, frame.timestamp());
+}
+
+TEST_F(Capture, RefusedPositionLeavesTheJpeg) {
+  VideoCapture capture(true, false);
+  capture.open(clip(3), -1);
+  Frame frame;
+  ASSERT_TRUE(capture.read(frame));
+  ASSERT_TRUE(capture.read(frame));
+  EXPECT_THROW(capture.setPosition(3), Exception);
+  Buffer jpeg;
+  long long timestamp = 0;
+  EXPECT_TRUE(capture.readJpeg(jpeg, timestamp));
+  EXPECT_LT(0U, jpeg.size());
+  EXPECT_EQ(40, timestamp);
 }
 
 TEST_F(Capture, NoTimeIsMappedToAnIndex) {
