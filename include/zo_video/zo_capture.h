@@ -14,6 +14,7 @@ namespace zo {
 class ZO_VIDEO_API ICapture {
  public:
   /// Format of the frames that read() delivers; ZO_FRAME_FORMAT_UNDEFINED: the source's own, known once open.
+  /// A source that changes its pixel format on the way may deliver another one: Frame::format() tells.
   virtual FrameFormat format() const = 0;
   /// Size in pixels of the frames that read() delivers; 0 x 0: the source's own, known once open.
   virtual Size frameSize() const = 0;
@@ -29,7 +30,7 @@ class ZO_VIDEO_API ICapture {
   virtual long long timestampToFrameIndex(long long timestamp) const = 0;
   /// True for a source that cannot be gone back in.
   virtual bool isLive() const = 0;
-  /// True between open() and close().
+  /// True between open() and close(), provided that the picture format was known at opening.
   virtual bool isOpen() const = 0;
   /// True once the end of the source was met, where the source tells.
   virtual bool isEof() const = 0;

@@ -7,10 +7,12 @@
 namespace zo {
 
 /// Frames of a file or stream in a fixed format and size, thinned to a highest rate where wanted, and as
-/// JPEG. Where the stream itself changes its size, one frame still comes in the new one.
+/// JPEG. Frames are converted where the format or size that is set is not the stream's own. Otherwise one
+/// frame still comes in the new size where the stream changes that, and all further frames come in the new
+/// pixel format where it changes that: format() keeps telling the one at opening, Frame::format() tells.
 ///
 /// Failures of the reader, converter and JPEG encoder inside reach the caller as zo::Exception with their own
-/// status. One thread at a time per object.
+/// status; std::bad_alloc comes out too. One thread at a time per object.
 class ZO_VIDEO_API VideoCapture : public ICapture {
  public:
   class ZO_VIDEO_PRIVATE Impl;
@@ -33,12 +35,14 @@ class ZO_VIDEO_API VideoCapture : public ICapture {
   long long timestampToFrameIndex(long long timestamp) const override;
   /// Always false.
   bool isLive() const override;
+  /// False also where nothing told the picture format at opening; see open().
   bool isOpen() const override;
   /// Always false; read() tells the end.
   bool isEof() const override;
 
-  /// @param fps  Frames per second, cut to a whole number; below 1: no limit. The limit holds against the
-  ///             time of the first delivered frame, so a stream that was slow may catch up.
+  /// @param fps  Frames per second, cut to a whole number; below 1 or NaN: no limit. The limit holds against
+  ///             the time of the first delivered frame, so a stream that was slow may catch up. Until there
+  ///             is one, also after setPosition(), frames with negative times are left out.
   /// @throws zo::Exception  ZO_STATUS_INVALID_ARGUMENT "Invalid FPS": below 0.
   void setMaxFps(float fps) override;
   /// @param quality  0 to 100 (readJpeg() then refuses 0).
@@ -51,6 +55,10 @@ class ZO_VIDEO_API VideoCapture : public ICapture {
   void setFrameSize(Size size) override;
 
   /// Opens as VideoReader::open() does, without skipping errors and without a navigation file.
+  /// A stream whose picture format nothing tells at opening has format() ZO_FRAME_FORMAT_UNDEFINED and
+  /// isOpen() false until the next open(); its frames come in their own format. Where its size is unknown too
+  /// (0 x 0), or a size is set and no format, read() throws ZO_STATUS_OUT_OF_MEMORY for pictures, except
+  /// perhaps the first one, until setFormat() and setFrameSize() are called.
   /// @param timeout_ms  Time budget of each blocking call in milliseconds; negative: none.
   void open(const std::string& url, int timeout_ms) override;
   /// Closes the reader and forgets format, size and rate limit; the JPEG quality stays.
@@ -61,6 +69,11 @@ class ZO_VIDEO_API VideoCapture : public ICapture {
   /// Delivers the next frame that the rate limit lets through, converted (bicubic) where format or size
   /// differ from the stream's. Frames with the time of the frame before are left out. When the first
   /// delivered time is negative, times are moved so that they start at 0.
+  ///
+  /// A frame that cannot be converted or copied counts as delivered: `frame` may have been reshaped, the next
+  /// read() goes on with the next frame, and readJpeg() still gives this one. After any other failure `frame`
+  /// is untouched and readJpeg() gives nothing; only where the reader itself could not convert the picture
+  /// (ZO_STATUS_OUT_OF_MEMORY, std::bad_alloc) it may give an earlier one.
   /// @return false when there is no further frame; `frame` is untouched then.
   bool read(Frame& frame) override;
 
@@ -69,7 +82,8 @@ class ZO_VIDEO_API VideoCapture : public ICapture {
   /// @param timestamp  Receives the same time as the delivered frame's, milliseconds.
   bool readJpeg(Buffer& jpeg, long long& timestamp) override;
 
-  /// As VideoReader::moveByIndex(); the rate limit and the time base start anew.
+  /// As VideoReader::moveByIndex(); the rate limit and the time base start anew. A position that is refused
+  /// changes nothing, and readJpeg() still gives the frame of the last read().
   void setPosition(long long frame_index) override;
 
  private:

@@ -132,7 +132,9 @@ class ZO_VIDEO_API VideoReader {
   /// time far before anything in it, or the lowest number a long long can hold where a tick is a millisecond
   /// or longer.
   long long timestamp() const;
-  /// Format of the delivered frames; ZO_FRAME_FORMAT_UNDEFINED when closed.
+  /// Format of the delivered frames as known at opening; ZO_FRAME_FORMAT_UNDEFINED when closed, or when
+  /// nothing told it then. A stream that changes its pixel format on the way delivers frames in the new one:
+  /// Frame::format() tells.
   FrameFormat format() const;
   /// Size of the pictures in pixels. A stream may change it on the way.
   Size size() const;
