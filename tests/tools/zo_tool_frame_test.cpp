@@ -24,6 +24,28 @@ TEST_P(ToolFrameTest, WritesExactlyThatFrame) {
 
 INSTANTIATE_TEST_SUITE_P(Indices, ToolFrameTest, testing::Values(0, 1, 9, 10, 11, 33, 34));
 
+class ToolFrameZerosTest : public testing::TestWithParam<const char*> {};
+
+TEST_P(ToolFrameZerosTest, LeadingZerosChangeNothing) {
+  TempDir directory;
+  const std::string clip = makeToolClip(directory, "clip.mp4", toolClipOptions(35));
+  const std::string image = directory.file("frame.png");
+  const ToolRun run = runTool({"frame", clip, "--index", GetParam(), "--out", image});
+  ASSERT_EQ(0, run.status) << run.err;
+  EXPECT_EQ(std::stoi(GetParam()), numberInFile(image));
+}
+
+INSTANTIATE_TEST_SUITE_P(Indices, ToolFrameZerosTest,
+                         testing::Values("00", "08", "010", "000019", "0000000000000000000000034"));
+
+TEST(ToolFrameErrorTest, TheLargestNumberIsANumber) {
+  TempDir directory;
+  const std::string clip = makeToolClip(directory, "clip.mp4", toolClipOptions(5));
+  const ToolRun run =
+      runTool({"frame", clip, "--index", "9223372036854775807", "--out", directory.file("frame.png")});
+  EXPECT_TRUE(failedWith(run, "ZO_STATUS_OUT_OF_RANGE", 5, "there is no frame 9223372036854775807: "));
+}
+
 TEST(ToolFrameErrorTest, IndexBehindTheLastIsOutOfRange) {
   TempDir directory;
   const std::string clip = makeToolClip(directory, "clip.mp4", toolClipOptions(5));

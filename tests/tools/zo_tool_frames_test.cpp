@@ -54,6 +54,13 @@ TEST_F(ToolFramesTest, FromAndCountChooseFrames) {
   EXPECT_EQ(19, numberInFile(picture("frame_000019.png")));
 }
 
+TEST_F(ToolFramesTest, NumbersMayBeginWithZeros) {
+  const ToolRun run = extract(makeToolClip(directory, "clip.mp4", toolClipOptions(25)),
+                              {"--from", "08", "--count", "02", "--ext", "png", "--quality", "090"});
+  ASSERT_EQ(0, run.status) << run.err;
+  EXPECT_EQ((std::vector<std::string>{"frame_000008.png", "frame_000009.png"}), filesIn(out()));
+}
+
 TEST_F(ToolFramesTest, CountBeyondTheEndWritesWhatThereIs) {
   const ToolRun run =
       extract(makeToolClip(directory, "clip.mp4", toolClipOptions(25)), {"--from", "23", "--count", "9"});

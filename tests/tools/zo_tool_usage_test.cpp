@@ -48,6 +48,11 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{"IndexIsHuge",
                    {"frame", "a", "--index", "99999999999999999999", "--out", "b.png"},
                    "is no whole number"},
+        WrongUsage{"IndexIsOneTooLarge",
+                   {"frame", "a", "--index", "9223372036854775808", "--out", "b.png"},
+                   "is no whole number"},
+        WrongUsage{
+            "IndexIsHexadecimal", {"frame", "a", "--index", "0x10", "--out", "b.png"}, "is no whole number"},
         WrongUsage{
             "IndexIsFraction", {"frame", "a", "--index", "1.5", "--out", "b.png"}, "is no whole number"},
         WrongUsage{"OptionWithoutValue", {"frames", "a", "--out"}, "--out"},

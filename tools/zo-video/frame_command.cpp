@@ -26,7 +26,7 @@ class FrameCommand : public Command {
     app.add_option("--index", _index, "Index of the frame, counted from 0")
         ->type_name("I")
         ->required()
-        ->check(wholeNumber(0, LLONG_MAX));
+        ->transform(wholeNumber(0, LLONG_MAX));
     app.add_option("--out", _path, "Image to write: .jpg, .jpeg, .png, .pgm or .ppm")
         ->type_name("IMAGE")
         ->required();

@@ -86,10 +86,10 @@ class FramesCommand : public Command {
     declareQuality(app, _quality);
     app.add_option("--from", _from, "Index of the first frame, counted from 0")
         ->type_name("I")
-        ->check(wholeNumber(0, LLONG_MAX));
+        ->transform(wholeNumber(0, LLONG_MAX));
     app.add_option("--count", _count, "Number of pictures to write")
         ->type_name("N")
-        ->check(wholeNumber(1, LLONG_MAX));
+        ->transform(wholeNumber(1, LLONG_MAX));
     app.add_flag("--stamp", _stamp, "Draw index and time onto the pictures");
     app.add_flag("--upright", _upright, "Turn as the file's rotation says");
     app.footer(

@@ -4,8 +4,10 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <algorithm>
+#include <cerrno>
 #include <climits>
 #include <cmath>
+#include <cstdlib>
 #include <iomanip>
 #include <locale>
 #include <sstream>
@@ -38,10 +40,15 @@ bool readSize(const std::string& text, long long& width, long long& height) {
   return width >= 0 && height >= 0 && width + height > 0;
 }
 
-bool isWholeNumber(const std::string& text) {
-  const std::size_t digits = text.size() > 1 && text[0] == '-' ? 1 : 0;
-  return text.size() > digits && text.size() <= digits + 18 &&
-         text.find_first_not_of("0123456789", digits) == std::string::npos;
+/// Reads decimal digits, leading zeros too. False for anything else and for what no long long holds.
+bool readWholeNumber(const std::string& text, long long& value) {
+  const std::size_t digits = text[0] == '-' ? 1 : 0;
+  if (text.size() == digits || text.find_first_not_of("0123456789", digits) != std::string::npos) {
+    return false;
+  }
+  errno = 0;
+  value = std::strtoll(text.c_str(), nullptr, 10);
+  return errno == 0;
 }
 
 bool readNumber(const std::string& text, double& value) {
@@ -107,11 +114,10 @@ zo::Size WantedSize::resolve(const zo::Size& picture) const {
 CLI::Validator wholeNumber(long long low, long long high) {
   return CLI::Validator(
       [low, high](std::string& text) {
-        if (isWholeNumber(text)) {
-          const long long value = std::stoll(text);
-          if (low <= value && value <= high) {
-            return std::string();
-          }
+        long long value = 0;
+        if (readWholeNumber(text, value) && low <= value && value <= high) {
+          text = std::to_string(value);
+          return std::string();
         }
         if (high == LLONG_MAX) {
           return "'" + text + "' is no whole number of at least " + std::to_string(low);
@@ -142,7 +148,7 @@ void declareQuality(CLI::App& app, int& quality) {
   app.add_option("--quality", quality, "JPEG quality, 1 to 100")
       ->type_name("Q")
       ->capture_default_str()
-      ->check(wholeNumber(1, 100));
+      ->transform(wholeNumber(1, 100));
 }
 
 }  // namespace zo_tool

@@ -34,7 +34,8 @@ struct WantedSize {
   zo::Size resolve(const zo::Size& picture) const;
 };
 
-/// Accepts whole numbers from `low` to `high`.
+/// Accepts whole numbers from `low` to `high`, in decimal whatever zeros they begin with. For transform():
+/// the parser would take leading zeros for octal.
 CLI::Validator wholeNumber(long long low, long long high);
 /// Accepts numbers from `low` to `high`.
 CLI::Validator number(double low, double high);

@@ -34,15 +34,15 @@ class SheetCommand : public Command {
     app.add_option("--columns", _columns, "Pictures in a row")
         ->type_name("C")
         ->capture_default_str()
-        ->check(wholeNumber(1, 100));
+        ->transform(wholeNumber(1, 100));
     app.add_option("--rows", _rows, "Rows of pictures")
         ->type_name("R")
         ->capture_default_str()
-        ->check(wholeNumber(1, 1000));
+        ->transform(wholeNumber(1, 1000));
     app.add_option("--width", _width, "Width of the sheet in pixels")
         ->type_name("W")
         ->capture_default_str()
-        ->check(wholeNumber(64, 32768));
+        ->transform(wholeNumber(64, 32768));
     declareQuality(app, _quality);
     app.footer(
         "The pictures keep their shape and stand upright as the file's rotation says.\n"

@@ -34,11 +34,11 @@ class VerifyCommand : public Command {
     app.add_option("--samples", _samples, "Number of jumps")
         ->type_name("N")
         ->capture_default_str()
-        ->check(wholeNumber(1, 100000000));
+        ->transform(wholeNumber(1, 100000000));
     app.add_option("--seed", _seed, "Start of the pseudo-random sequence of jumps")
         ->type_name("S")
         ->capture_default_str()
-        ->check(wholeNumber(0, LLONG_MAX));
+        ->transform(wholeNumber(0, LLONG_MAX));
     app.footer(
         "Reads every frame in order, then jumps to pseudo-random frames, and compares\n"
         "pixels and times of the frame arrived at and of the one after it. The same seed\n"
