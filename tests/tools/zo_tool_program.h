@@ -41,6 +41,7 @@ class RunningTool {
   RunningTool(const RunningTool&) = delete;
   RunningTool& operator=(const RunningTool&) = delete;
 
+  pid_t pid() const { return _pid; }
   void sendSignal(int number);
   /// Waits until `condition` holds; false when the program ended before, or after a minute.
   bool waitUntil(const std::function<bool()>& condition);

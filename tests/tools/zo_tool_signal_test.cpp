@@ -1,5 +1,7 @@
 #include <signal.h>
 
+#include <fstream>
+
 #include "zo_tool_program.h"
 
 namespace {
@@ -43,6 +45,52 @@ INSTANTIATE_TEST_SUITE_P(Tool, ToolSignalTest,
                                          SignalCase{"Terminate", SIGTERM, 143},
                                          SignalCase{"HangUp", SIGHUP, 129}),
                          zo::test::CaseName());
+
+/// Bytes that a program has read so far.
+long long bytesReadBy(pid_t pid) {
+  std::ifstream file("/proc/" + std::to_string(pid) + "/io");
+  std::string name;
+  long long count = 0;
+  return file >> name >> count ? count : 0;
+}
+
+/// A file that takes a while to be indexed: packets of a transport stream may be repeated.
+std::string makeLongClip(const TempDir& directory) {
+  zo::test::ClipOptions options = toolClipOptions(20);
+  options.codec = "mpeg2video";
+  options.b_frames = 0;
+  const std::string clip = makeToolClip(directory, "clip.ts", options);
+  const std::string part = zo::test::readFile(clip);
+  std::string whole;
+  while (whole.size() < (64U << 20)) whole += part;
+  zo::test::writeFile(clip, whole);
+  return clip;
+}
+
+class ToolSignalIndexTest : public testing::TestWithParam<const char*> {};
+
+TEST_P(ToolSignalIndexTest, CtrlCLeavesNoPartOfAnIndex) {
+  TempDir directory;
+  const std::string clip = makeLongClip(directory);
+  const bool was_there = std::string(GetParam()) == "EmptyFile";
+  if (was_there) zo::test::writeFile(clip + ".zo", "");
+  RunningTool tool({"index", clip, "--skip-errors"}, RunOptions(), false);
+  ASSERT_TRUE(tool.waitUntil([&] { return bytesReadBy(tool.pid()) > (16 << 20); }));
+  tool.sendSignal(SIGINT);
+  const ToolRun run = tool.wait();
+  if (run.status == 0) GTEST_SKIP() << "the index was there before the signal";
+  EXPECT_EQ(130, run.status);
+  EXPECT_EQ("zo-video: interrupted\n", run.err);
+  EXPECT_EQ(was_there ? 2U : 1U, filesIn(directory.path()).size());
+  if (was_there) {
+    EXPECT_EQ("", zo::test::readFile(clip + ".zo"));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Tool, ToolSignalIndexTest, testing::Values("NoFile", "EmptyFile"),
+                         [](const testing::TestParamInfo<const char*>& test_case) {
+                           return std::string(test_case.param);
+                         });
 
 TEST(ToolSignalServerTest, CtrlCEndsTheWaitForASilentServer) {
   zo::test::StalledServer server;

@@ -1,9 +1,54 @@
 #include "source.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <memory>
+
 #include "failure.h"
 #include "text.h"
 
 namespace zo_tool {
+
+namespace {
+
+/// The index file that an opening may leave beside a video. One that was not there before is taken away again
+/// when a signal ended the opening: it may hold a part of the index, and would be trusted.
+class NewIndexFile {
+ public:
+  explicit NewIndexFile(const std::string& path) {
+    struct stat status;
+    if (stat(path.c_str(), &status) == 0 && status.st_size > 0) {
+      return;
+    }
+    _path = path;
+    _was_there = lstat(path.c_str(), &status) == 0;
+    if (!_was_there) {
+      setDoomedFile(_path.c_str());
+    }
+  }
+  ~NewIndexFile() {
+    if (!_path.empty() && stopSignal() != 0) {
+      discard();
+    }
+    setDoomedFile(nullptr);
+  }
+  NewIndexFile(const NewIndexFile&) = delete;
+  NewIndexFile& operator=(const NewIndexFile&) = delete;
+
+  void keep() { _path.clear(); }
+
+ private:
+  void discard() const {
+    const int result = _was_there ? truncate(_path.c_str(), 0) : unlink(_path.c_str());
+    static_cast<void>(result);  // then there is none
+  }
+
+  std::string _path;  // empty: nothing to discard
+  bool _was_there = false;
+};
+
+}  // namespace
 
 void Source::failOutOfRange(long long index, long long count) const {
   fail(zo::ZO_STATUS_OUT_OF_RANGE, "there is no frame %lld: '%s' has %lld, counted from 0", index,
@@ -11,6 +56,10 @@ void Source::failOutOfRange(long long index, long long count) const {
 }
 
 void Source::openReader(bool navigation, bool cached) {
+  std::unique_ptr<NewIndexFile> p_index_file;
+  if (cached) {
+    p_index_file = std::make_unique<NewIndexFile>(_options.url + zo::VideoReader::NAVIGATION_FILE_EXTENSION);
+  }
   try {
     if (_reader.open(_options.url.c_str(), _options.timeoutMs(), &_stop_request, navigation,
                      _options.skip_errors, cached) != 0) {
@@ -24,6 +73,9 @@ void Source::openReader(bool navigation, bool cached) {
     throw;
   }
   checkStop();
+  if (p_index_file) {
+    p_index_file->keep();
+  }
   _numbered = navigation && _reader.frameCount() > 0;
 }
 

@@ -1,3 +1,4 @@
+import pathlib
 import pickle
 import socket
 import threading
@@ -161,6 +162,32 @@ def test_interrupting_at_any_poll(clip, polls, navigation):
             assert reader.read().index == 0
     except zo_video.Interrupted:
         assert left[0] <= 0
+
+
+@pytest.mark.parametrize("before", [None, ""])
+def test_interrupted_opening_leaves_no_part_of_an_index(clip, tmp_path, before):
+    copy = tmp_path / "copy.mp4"
+    copy.write_bytes(pathlib.Path(clip).read_bytes())
+    index = tmp_path / "copy.mp4.zo"
+    for polls in range(1, 1000):
+        if before is not None:
+            index.write_text(before)
+        left = [polls]
+
+        def stop():
+            left[0] -= 1
+            return left[0] <= 0
+
+        try:
+            with zo_video.open(
+                copy, navigation=True, navigation_cache=True, skip_errors=True, interrupt=stop
+            ) as reader:
+                assert len(reader) == 30
+            break
+        except zo_video.Interrupted:
+            assert (index.read_text() if index.exists() else None) == before
+    assert polls > 1
+    assert len(index.read_text().split()) == 30
 
 
 def test_interrupt_that_never_stops(clip):

@@ -1,6 +1,7 @@
 """Reading clips and streams."""
 from __future__ import annotations
 
+import contextlib
 import ctypes
 import operator
 import os
@@ -39,6 +40,26 @@ class _Interrupt:
             raise self.exception
         if self.stopped:
             raise Interrupted(None, "opening was interrupted")
+
+
+class _NewIndexFile:
+    """The index file that an opening may leave beside a clip. One that a stopped opening wrote may hold a part of
+    the index, and would be trusted."""
+
+    def __init__(self, url: bytes) -> None:
+        self._path = url + b".zo"
+        self._was_there = os.path.lexists(self._path)
+        self._had_content = os.path.exists(self._path) and os.path.getsize(self._path) > 0
+
+    def discard(self) -> None:
+        """Leaves the file as it was before the opening: away, or empty."""
+        if self._had_content:
+            return
+        with contextlib.suppress(OSError):
+            if self._was_there:
+                os.truncate(self._path, 0)
+            else:
+                os.unlink(self._path)
 
 
 def _release(lock: "threading._RLock", p_reader: "ctypes._Pointer[ZoVideoReader]") -> None:
@@ -87,6 +108,7 @@ class Reader:
         budget = _timeout_ms(timeout)
         guard = None if interrupt is None else _Interrupt(interrupt)
         callback = None if guard is None else ctypes.cast(guard.pointer, ctypes.c_void_p)
+        index_file = _NewIndexFile(text) if navigation and navigation_cache and guard is not None else None
         try:
             lib.call(
                 lib.zoVideoReader_create,
@@ -112,6 +134,8 @@ class Reader:
         self._closer = weakref.finalize(self, _release, self._lock, self._p_reader)
         if guard is not None and guard.stopped:
             self._closer()
+            if index_file is not None:
+                index_file.discard()
             guard.raise_if_stopped()
 
     # --- closing
@@ -328,7 +352,9 @@ def open(
     url               Path, or URL as FFmpeg knows them (RTSP goes over TCP).
     navigation        Index the file, so that frames can be reached by their numbers.
     skip_errors       Skip what cannot be read or decoded instead of raising.
-    navigation_cache  Keep the index in the file <url>.zo, and use it from there the next time.
+    navigation_cache  Keep the index in the file <url>.zo, and use it from there the next time. An interrupted
+                      opening leaves no new one; with skip_errors a time-out counts as an error, and the index
+                      ends there.
     timeout           Longest time of each blocking call, now and in later reads, in seconds; None: no limit.
     interrupt         Called again and again while opening; a true result stops with Interrupted, and an
                       exception that it raises is passed on. (Ctrl-C works while opening when one is given.)
