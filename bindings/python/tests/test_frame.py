@@ -8,6 +8,16 @@ from conftest import number_of
 from zo_video._formats import plane_shapes
 
 
+class Number:
+    """An integer that is no int."""
+
+    def __init__(self, value):
+        self._value = value
+
+    def __index__(self):
+        return self._value
+
+
 def first_frame(path):
     with zo_video.open(path) as reader:
         return reader.read()
@@ -73,6 +83,29 @@ def test_bgr_is_rgb_backwards(clip):
     numpy = pytest.importorskip("numpy")
     frame = first_frame(clip)
     assert numpy.array_equal(frame.to_bgr().array[:, :, ::-1], frame.to_rgb().array)
+
+
+def test_rows_count_planes_from_either_end(clip):
+    frame = first_frame(clip)
+    assert list(frame.rows(-3)) == list(frame.rows(0)) == list(frame.rows())
+    assert list(frame.rows(-1)) == list(frame.rows(Number(2)))
+
+
+@pytest.mark.parametrize("plane", [3, -4, 2**70])
+def test_rows_of_a_plane_that_there_is_not(clip, plane):
+    with pytest.raises(IndexError, match="plane"):
+        first_frame(clip).rows(plane)
+
+
+def test_rows_of_a_plane_of_another_type(clip):
+    with pytest.raises(TypeError):
+        first_frame(clip).rows(1.0)
+
+
+def test_size_may_be_of_another_integer_type(clip):
+    assert first_frame(clip).to_bgr(size=(Number(33), Number(17))).size == (33, 17)
+    with pytest.raises(TypeError):
+        first_frame(clip).to_bgr(size=(33.0, 17))
 
 
 def test_conversion_to_another_size(clip):
@@ -157,10 +190,9 @@ def test_missing_picture_is_an_empty_frame_with_its_time(media):
     gap = frames[4]
     assert gap.timestamp == 160
     assert gap.planes == ()
-    assert gap.tobytes() == b""
     assert gap.strides == ()
     assert "no picture" in repr(gap)
-    for wanted in (lambda: gap.array, gap.to_bgr, lambda: zo_video.Converter().convert(gap, "GRAY8")):
+    for wanted in (lambda: gap.array, gap.rows, gap.tobytes, gap.to_bgr, lambda: zo_video.Converter().convert(gap, "GRAY8")):
         with pytest.raises(zo_video.NotInitializedError):
             wanted()
 

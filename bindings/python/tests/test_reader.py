@@ -145,6 +145,18 @@ def test_iteration_goes_on_from_the_current_position(clip):
         assert [frame.index for frame in reader] == [28, 29]
 
 
+def test_seek_takes_any_integer(clip):
+    class Seven:
+        def __index__(self):
+            return 7
+
+    with zo_video.open(clip, navigation=True) as reader:
+        reader.seek(Seven())
+        assert reader.read().index == 7
+        with pytest.raises(TypeError):
+            reader.seek(7.0)
+
+
 def test_reversed(clip):
     with zo_video.open(clip, navigation=True) as reader:
         assert [number_of(frame) for frame in reversed(reader)] == list(range(30))[::-1]

@@ -2,9 +2,10 @@
 from __future__ import annotations
 
 import ctypes
+import operator
 import threading
 import weakref
-from typing import Optional, Tuple, Union
+from typing import Optional, SupportsIndex, Tuple, Union
 
 from ._errors import InvalidArgumentError, Status
 from ._formats import Format, as_format
@@ -31,11 +32,11 @@ class Converter:
         weakref.finalize(self, _release, self._handle).atexit = False
 
     def convert(
-        self, frame: Frame, format: Union[Format, int, str], size: Optional[Tuple[int, int]] = None
+        self, frame: Frame, format: Union[Format, int, str], size: Optional[Tuple[SupportsIndex, SupportsIndex]] = None
     ) -> Frame:
         """A new frame in that pixel format and, where given, that size (width, height) in pixels."""
         frame._require_pixels()
-        width, height = frame.size if size is None else size
+        width, height = map(operator.index, frame.size if size is None else size)
         if not (0 < width <= _LARGEST_SIDE and 0 < height <= _LARGEST_SIDE):
             raise InvalidArgumentError(Status.INVALID_ARGUMENT, f"a frame cannot be {width} x {height}")
         lib = library()

@@ -4,7 +4,7 @@ from __future__ import annotations
 import collections
 import ctypes
 import weakref
-from typing import TYPE_CHECKING, Any, Deque, Iterator, List, Optional, Tuple, Union
+from typing import TYPE_CHECKING, Any, Deque, Iterator, List, Optional, SupportsIndex, Tuple, Union
 
 from ._errors import NotInitializedError, NotSupportedError, Status
 from ._formats import Format, as_format, plane_shapes
@@ -138,17 +138,19 @@ class Frame:
             )
         return self.planes[0]
 
-    def rows(self, plane: int = 0) -> Iterator[memoryview]:
-        """The rows of a plane without padding, as memory views of bytes."""
-        shape = self._shapes()[plane]
-        stride = self.strides[plane]
-        row_bytes = shape[1] * (shape[2] if len(shape) == 3 else 1)
-        pixels = memoryview(self._bytes(plane, stride * shape[0])).cast("B")
-        for y in range(shape[0]):
-            yield pixels[y * stride : y * stride + row_bytes]
+    def rows(self, plane: SupportsIndex = 0) -> Iterator[memoryview]:
+        """The rows of a plane without padding, as memory views of bytes. Planes are counted from 0 or, with a
+        negative number, from the last."""
+        self._require_pixels()
+        try:
+            index = range(self._plane_count)[plane]
+        except IndexError:
+            raise IndexError(f"no plane {plane} in a frame of {self._plane_count}") from None
+        return self._rows(index)
 
     def tobytes(self) -> bytes:
         """A copy of all planes one after another, without padding."""
+        self._require_pixels()
         return b"".join(bytes(row) for i in range(self._plane_count) for row in self.rows(i))
 
     def __array__(self, dtype: Any = None, copy: Optional[bool] = None) -> "Array":
@@ -160,21 +162,21 @@ class Frame:
             return array.astype(dtype)
         return array.copy() if copy else array
 
-    def convert(self, format: Union[Format, int, str], size: Optional[Tuple[int, int]] = None) -> "Frame":
+    def convert(self, format: Union[Format, int, str], size: Optional[Tuple[SupportsIndex, SupportsIndex]] = None) -> "Frame":
         """A new frame in another pixel format and, where given, another size (width, height)."""
         from ._converter import thread_converter
 
         return thread_converter().convert(self, as_format(format), size)
 
-    def to_bgr(self, size: Optional[Tuple[int, int]] = None) -> "Frame":
+    def to_bgr(self, size: Optional[Tuple[SupportsIndex, SupportsIndex]] = None) -> "Frame":
         """A new frame with blue, green and red bytes, as OpenCV has them."""
         return self.convert(Format.BGR24, size)
 
-    def to_rgb(self, size: Optional[Tuple[int, int]] = None) -> "Frame":
+    def to_rgb(self, size: Optional[Tuple[SupportsIndex, SupportsIndex]] = None) -> "Frame":
         """A new frame with red, green and blue bytes, as Pillow and matplotlib have them."""
         return self.convert(Format.RGB24, size)
 
-    def to_grey(self, size: Optional[Tuple[int, int]] = None) -> "Frame":
+    def to_grey(self, size: Optional[Tuple[SupportsIndex, SupportsIndex]] = None) -> "Frame":
         """A new frame with one byte of brightness for each pixel."""
         return self.convert(Format.GRAY8, size)
 
@@ -190,6 +192,14 @@ class Frame:
 
     def _shapes(self) -> List[Tuple[int, ...]]:
         return plane_shapes(self._format, self._size[0], self._size[1], self._plane_count)
+
+    def _rows(self, plane: int) -> Iterator[memoryview]:
+        shape = self._shapes()[plane]
+        stride = self.strides[plane]
+        row_bytes = shape[1] * (shape[2] if len(shape) == 3 else 1)
+        pixels = memoryview(self._bytes(plane, stride * shape[0])).cast("B")
+        for y in range(shape[0]):
+            yield pixels[y * stride : y * stride + row_bytes]
 
     def _bytes(self, plane: int, count: int) -> Any:
         address: Any = self._memory.record.p_planes[plane]

@@ -178,14 +178,15 @@ class Reader:
 
     # --- frames by number
 
-    def seek(self, index: int) -> None:
+    def seek(self, index: SupportsIndex) -> None:
         """Makes frame `index`, counted from 0, the next one. Needs navigation."""
         lib = library()
-        if not -(2**63) <= index < 2**63:
+        position = operator.index(index)
+        if not -(2**63) <= position < 2**63:
             raise IndexError(f"no frame {index}")
         with self._lock:
             self._record()
-            lib.call(lib.zoVideoReader_moveByIndex, self._p_reader, index)
+            lib.call(lib.zoVideoReader_moveByIndex, self._p_reader, position)
 
     def __len__(self) -> int:
         with self._lock:
