@@ -1,3 +1,4 @@
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "zo_tool_program.h"
@@ -63,6 +64,36 @@ TEST(ToolWriteTest, LinkToAnImageStaysALink) {
   EXPECT_EQ(2, zo::test::numberInFile(directory.file("real.png")));
   char target[64] = {};
   EXPECT_EQ(8, readlink(directory.file("link.png").c_str(), target, sizeof target));
+}
+
+class ToolWriteModeTest : public testing::TestWithParam<mode_t> {};
+
+TEST_P(ToolWriteModeTest, ReplacedPictureKeepsItsPermissions) {
+  TempDir directory;
+  const std::string clip = makeToolClip(directory, "clip.mp4", toolClipOptions(3));
+  const std::string image = directory.file("frame.png");
+  zo::test::writeFile(image, "old");
+  ASSERT_EQ(0, chmod(image.c_str(), GetParam()));
+  const ToolRun run = runTool({"frame", clip, "--index", "2", "--out", image});
+  ASSERT_EQ(0, run.status) << run.err;
+  struct stat status;
+  ASSERT_EQ(0, stat(image.c_str(), &status));
+  EXPECT_EQ(GetParam(), status.st_mode & 07777);
+  EXPECT_EQ(2, zo::test::numberInFile(image));
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, ToolWriteModeTest, testing::Values(0600, 0640, 0644, 0666, 0755));
+
+TEST(ToolWriteTest, PictureThatMayNotBeWrittenIsNotReplaced) {
+  if (geteuid() == 0) GTEST_SKIP() << "the administrator may write everything";
+  TempDir directory;
+  const std::string clip = makeToolClip(directory, "clip.mp4", toolClipOptions(3));
+  const std::string image = directory.file("frame.png");
+  zo::test::writeFile(image, "kept");
+  ASSERT_EQ(0, chmod(image.c_str(), 0400));
+  EXPECT_TRUE(failedWith(runTool({"frame", clip, "--index", "2", "--out", image}), "ZO_STATUS_OPEN_ERROR", 20,
+                         "cannot write '" + image + "': Permission denied"));
+  EXPECT_EQ("kept", zo::test::readFile(image));
 }
 
 TEST(ToolWriteTest, MissingFolderIsAnOpenError) {

@@ -189,10 +189,17 @@ void savePicture(const std::string& path, const zo::Frame& picture, int quality)
   const std::string extension = lowerExtension(path);
   const bool is_special = isSpecialFile(path);
   const std::string target = is_special ? path : linkTarget(path);
+  struct stat old;
+  const bool replaces = !is_special && stat(target.c_str(), &old) == 0;
+  if (replaces && access(target.c_str(), W_OK) != 0) {
+    fail(zo::ZO_STATUS_OPEN_ERROR, "cannot write '%s': %s", path.c_str(), std::strerror(errno));
+  }
   PartFile part(partPath(target, is_special, extension));
   {
     File file(part.path(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW);
-    if (!file.isOpen()) {
+    // What others may not read, they may not read while it is written either.
+    const bool opened = file.isOpen() && (!replaces || fchmod(file.descriptor(), 0600) == 0);
+    if (!opened) {
       fail(zo::ZO_STATUS_OPEN_ERROR, "cannot write '%s': %s", path.c_str(), std::strerror(errno));
     }
   }
@@ -213,7 +220,10 @@ void savePicture(const std::string& path, const zo::Frame& picture, int quality)
   }
   checkStop();
   errno = 0;
-  if (is_special ? !copyInto(part.path(), target) : !part.renameTo(target)) {
+  const bool written = is_special ? copyInto(part.path(), target)
+                                  : (!replaces || chmod(part.path().c_str(), old.st_mode & 0777) == 0) &&
+                                        part.renameTo(target);
+  if (!written) {
     fail(zo::ZO_STATUS_WRITE_ERROR, "cannot write '%s': %s", path.c_str(), std::strerror(errno));
   }
 }
