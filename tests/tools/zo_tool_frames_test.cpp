@@ -261,6 +261,13 @@ TEST_F(ToolFramesTest, FileInPlaceOfTheFolderIsAWriteError) {
   EXPECT_EQ("text", zo::test::readFile(out()));
 }
 
+TEST_F(ToolFramesTest, FolderThatCannotBeMadeIsAWriteErrorWithTheFirstReason) {
+  const std::string clip = makeToolClip(directory, "clip.mp4", toolClipOptions(1));
+  const ToolRun run = runTool({"frames", clip, "--out", "/sys/zo-video/pictures"});
+  EXPECT_TRUE(failedWith(run, "ZO_STATUS_WRITE_ERROR", 22, "cannot make the folder"));
+  EXPECT_EQ(std::string::npos, run.err.find("No such file")) << run.err;
+}
+
 TEST_F(ToolFramesTest, MissingClipLeavesNoPictures) {
   EXPECT_TRUE(failedWith(extract(directory.file("none.mp4"), {}), "ZO_STATUS_OPEN_ERROR", 20, "none.mp4"));
   EXPECT_TRUE(filesIn(out()).empty());

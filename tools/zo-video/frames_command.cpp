@@ -51,13 +51,20 @@ class RateLimit {
 
 /// Makes a folder and the folders above it.
 void makeFolder(const std::string& path) {
+  int error = 0;
+  const auto make = [&error](const std::string& folder) {
+    if (mkdir(folder.c_str(), 0777) != 0 && errno != EEXIST && error == 0) {
+      error = errno;
+    }
+  };
   for (std::size_t slash = path.find('/', 1); slash != std::string::npos; slash = path.find('/', slash + 1)) {
-    mkdir(path.substr(0, slash).c_str(), 0777);
+    make(path.substr(0, slash));
   }
-  mkdir(path.c_str(), 0777);
+  make(path);
   struct stat status;
   if (stat(path.c_str(), &status) != 0) {
-    fail(zo::ZO_STATUS_WRITE_ERROR, "cannot make the folder '%s': %s", path.c_str(), std::strerror(errno));
+    fail(zo::ZO_STATUS_WRITE_ERROR, "cannot make the folder '%s': %s", path.c_str(),
+         std::strerror(error != 0 ? error : errno));
   }
   if (!S_ISDIR(status.st_mode)) {
     fail(zo::ZO_STATUS_WRITE_ERROR, "cannot make the folder '%s': there is a file of that name",
