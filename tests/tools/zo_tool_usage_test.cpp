@@ -55,7 +55,16 @@ INSTANTIATE_TEST_SUITE_P(
             "IndexIsHexadecimal", {"frame", "a", "--index", "0x10", "--out", "b.png"}, "is no whole number"},
         WrongUsage{
             "IndexIsFraction", {"frame", "a", "--index", "1.5", "--out", "b.png"}, "is no whole number"},
-        WrongUsage{"OptionWithoutValue", {"frames", "a", "--out"}, "--out"},
+        WrongUsage{"OptionWithoutValue", {"frames", "a", "--out"}, "--out needs a value"},
+        WrongUsage{"OptionWithEmptyValue", {"frames", "a", "--out=", "--stamp"}, "--out needs a value"},
+        WrongUsage{"OptionWithEmptyText", {"frames", "a", "--out", ""}, "--out needs a value"},
+        WrongUsage{"OptionBeforeAnOption", {"frames", "a", "--out", "--stamp"}, "--out needs a value"},
+        WrongUsage{"OptionBeforeHelp", {"frames", "a", "--out", "-h"}, "--out needs a value"},
+        WrongUsage{"SecondOptionWithoutValue",
+                   {"frames", "--out", "b", "a", "--size=", "--stamp"},
+                   "--size needs a value"},
+        WrongUsage{"VersionWithMore", {"--version", "extra"}, "unexpected argument 'extra'"},
+        WrongUsage{"HelpWithMore", {"help", "info", "extra"}, "unexpected argument 'extra'"},
         WrongUsage{"SizeIsText", {"frames", "a", "--out", "b", "--size", "big"}, "'big' is no size"},
         WrongUsage{"SizeHasZero", {"frames", "a", "--out", "b", "--size", "0x10"}, "'0x10' is no size"},
         WrongUsage{"SizeIsNegative", {"frames", "a", "--out", "b", "--size", "-5x10"}, "is no size"},
@@ -77,6 +86,19 @@ INSTANTIATE_TEST_SUITE_P(
         WrongUsage{"UnknownAlgorithm", {"convert", "a.png", "b.png", "--algorithm", "magic"}, "magic"},
         WrongUsage{"NoTimeout", {"info", "a", "--timeout", "0"}, "'0' is no number"}),
     zo::test::CaseName());
+
+TEST(ToolUsageTest, ValuesMayLookLikeOptionsWhereTheyCanBeNoOthers) {
+  zo::test::TempDir directory;
+  zo::test::RunOptions options;
+  options.directory = directory.path();
+  zo::test::makeToolClip(directory, "clip.mkv", zo::test::toolClipOptions(1));
+  EXPECT_EQ(0, runTool({"frame", "clip.mkv", "--index=0", "--out", "-o.png"}, options).status);
+  EXPECT_EQ(0, runTool({"frame", "clip.mkv", "--index=0", "--out=--stamp.png"}, options).status);
+  EXPECT_EQ((std::vector<std::string>{"--stamp.png", "-o.png", "clip.mkv"}),
+            zo::test::filesIn(directory.path()));
+  rename(directory.file("clip.mkv").c_str(), directory.file("--out=").c_str());
+  EXPECT_EQ(0, runTool({"info", "--", "--out="}, options).status);
+}
 
 TEST(ToolHelpTest, NoArgumentsShowTheCommandsAsWrongUsage) {
   const ToolRun run = runTool({});

@@ -102,8 +102,36 @@ std::string parseMessage(const CLI::App& app, const CLI::ParseError& error) {
   return error.what();
 }
 
+/// The first option that is followed by no value but by nothing, an empty text or the next option, or an
+/// empty text. The parser would take the next option for the value.
+std::string optionWithoutValue(const CLI::App& app, const std::vector<std::string>& words) {
+  for (std::size_t i = 0; i < words.size() && words[i] != "--"; ++i) {
+    const std::size_t equals = words[i].find('=');
+    const std::string name = words[i].substr(0, equals);
+    const CLI::Option* p_option = name.compare(0, 2, "--") == 0 ? app.get_option_no_throw(name) : nullptr;
+    if (p_option == nullptr || p_option->get_items_expected_min() == 0) {
+      continue;
+    }
+    if (equals != std::string::npos) {
+      if (equals + 1 == words[i].size()) {
+        return name;
+      }
+      continue;
+    }
+    ++i;
+    if (i == words.size() || words[i].empty() || words[i] == "-h" || words[i].compare(0, 2, "--") == 0) {
+      return name;
+    }
+  }
+  return std::string();
+}
+
 /// Reads the words after the command. Returns -1 when there is work to do, else the exit status.
 int parse(CLI::App& app, const std::vector<std::string>& words) {
+  const std::string without_value = optionWithoutValue(app, words);
+  if (!without_value.empty()) {
+    return usageError(without_value + " needs a value", app.get_name());
+  }
   try {
     app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
     return -1;
@@ -164,6 +192,10 @@ int runTool(const std::vector<std::string>& words) {
   if (words[0] == "--help" || words[0] == "-h" || (words[0] == "help" && words.size() == 1)) {
     printHelp(commands, stdout);
     return flushOutput(EXIT_DONE);
+  }
+  const std::size_t understood = words[0] == "--version" ? 1 : words[0] == "help" ? 2 : words.size();
+  if (words.size() > understood) {
+    return usageError("unexpected argument '" + words[understood] + "'", "zo-video");
   }
   if (words[0] == "--version") {
     std::puts("zo-video " ZO_TOOL_VERSION);
