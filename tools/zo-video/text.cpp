@@ -60,6 +60,35 @@ std::size_t typingErrors(const std::string& a, const std::string& b) {
   return table[a.size()][b.size()];
 }
 
+/// Bytes of the UTF-8 character that begins there with a byte above 127, 0 when none does.
+std::size_t sequenceLength(const std::string& text, std::size_t at) {
+  const auto byte = [&text, at](std::size_t i) { return static_cast<unsigned char>(text[at + i]); };
+  const unsigned lead = byte(0);
+  const std::size_t length = lead < 0xC2 || lead > 0xF4 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+  if (length > text.size() - at) {
+    return 0;
+  }
+  for (std::size_t i = 1; i < length; ++i) {
+    if ((byte(i) & 0xC0) != 0x80) {
+      return 0;
+    }
+  }
+  // Longer than need be, a surrogate, or beyond the last character.
+  const bool is_none = (lead == 0xE0 && byte(1) < 0xA0) || (lead == 0xED && byte(1) >= 0xA0) ||
+                       (lead == 0xF0 && byte(1) < 0x90) || (lead == 0xF4 && byte(1) >= 0x90);
+  return is_none ? 0 : length;
+}
+
+/// True for a character, or a byte of none, that moves a terminal's cursor or worse.
+bool isControl(const std::string& character) {
+  const unsigned char byte = static_cast<unsigned char>(character[0]);
+  if (character.size() == 1) {
+    return byte < 32 || (127 <= byte && byte < 0xA0);
+  }
+  const bool is_c1 = byte == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0;
+  return is_c1 || character == "\xE2\x80\xA8" || character == "\xE2\x80\xA9";
+}
+
 }  // namespace
 
 std::string statusName(zo::Status status) {
@@ -99,12 +128,16 @@ std::string formatDuration(double seconds) {
 }
 
 std::string oneLine(const std::string& text) {
-  std::string line = text;
-  for (char& c : line) {
-    const unsigned char byte = static_cast<unsigned char>(c);
-    if (byte < 32 || byte == 127) {
-      c = c == '\n' || c == '\t' ? ' ' : '?';
+  std::string line;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t length = std::max<std::size_t>(1, sequenceLength(text, at));
+    const std::string character = text.substr(at, length);
+    if (character == "\n" || character == "\t") {
+      line += ' ';
+    } else {
+      line += isControl(character) ? "?" : character;
     }
+    at += length;
   }
   return line;
 }

@@ -17,8 +17,8 @@ std::string formatTime(long long milliseconds);
 /// "1:02:03" of a duration.
 std::string formatDuration(double seconds);
 
-/// The text with every control character replaced, so that it fits on one line and does nothing to a
-/// terminal.
+/// The text with every control character and line separator replaced, so that it fits on one line and does
+/// nothing to a terminal.
 std::string oneLine(const std::string& text);
 
 /// The last component of a path or URL.
