@@ -100,6 +100,54 @@ TEST(ToolInfoTest, NameWithLineFeedStaysOnOneLine) {
   EXPECT_TRUE(failedWith(runTool({"info", "/nowhere/a\nb"}), "ZO_STATUS_OPEN_ERROR", 20, "/nowhere/a b"));
 }
 
+struct LineCase {
+  const char* name;
+  const char* text;
+  const char* shown;
+};
+
+class ToolInfoLineTest : public testing::TestWithParam<LineCase> {};
+
+TEST_P(ToolInfoLineTest, NothingInATextReachesTheTerminalAsAControlCharacter) {
+  const ToolRun run = runTool({"info", std::string("/nowhere/") + GetParam().text});
+  EXPECT_TRUE(failedWith(run, "ZO_STATUS_OPEN_ERROR", 20, std::string("/nowhere/") + GetParam().shown + '"'));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Tool, ToolInfoLineTest,
+    testing::Values(LineCase{"Escape", "a\x1b[31m", "a?[31m"}, LineCase{"Delete", "a\x7f", "a?"},
+                    LineCase{"FirstOfC1", "a\xC2\x80z", "a?z"}, LineCase{"LastOfC1", "a\xC2\x9Fz", "a?z"},
+                    LineCase{"AfterC1", "a\xC2\xA0z", "a\xC2\xA0z"},
+                    LineCase{"LoneByteOfC1", "a\x9B[31m", "a?[31m"},
+                    LineCase{"LineSeparator", "a\xE2\x80\xA8z", "a?z"},
+                    LineCase{"ParagraphSeparator", "a\xE2\x80\xA9z", "a?z"},
+                    LineCase{"Dash", "a\xE2\x80\x93z", "a\xE2\x80\x93z"},
+                    LineCase{"BytesOfC1InsideCharacters", "\xC4\x9B\xE1\x80\x9B\xF0\x9F\x98\x80",
+                             "\xC4\x9B\xE1\x80\x9B\xF0\x9F\x98\x80"},
+                    LineCase{"TooLongForTwoBytes", "\xC1\x9Bz", "\xC1?z"},
+                    LineCase{"TooLongForThreeBytes", "\xE0\x82\x9Bz", "\xE0??z"},
+                    LineCase{"TooLongForFourBytes", "\xF0\x80\x82\x9Bz", "\xF0???z"},
+                    LineCase{"Surrogate", "\xED\xA0\x9Bz", "\xED\xA0?z"},
+                    LineCase{"BeyondTheLastCharacter", "\xF4\x90\x80\x80z", "\xF4???z"},
+                    LineCase{"CutOff", "a\xE2\x80", "a\xE2?"}, LineCase{"Latin1", "caf\xE9", "caf\xE9"}),
+    zo::test::CaseName());
+
+TEST(ToolInfoTest, NameThatLooksLikeAProtocolIsAFileWhereThereIsOne) {
+  TempDir directory;
+  const std::string name = "cam1-12:30.mkv";
+  makeToolClip(directory, "clip.mkv", toolClipOptions(3));
+  ASSERT_EQ(0, rename(directory.file("clip.mkv").c_str(), directory.file(name).c_str()));
+  zo::test::RunOptions options;
+  options.directory = directory.path();
+  const ToolRun run = runTool({"info", name}, options);
+  EXPECT_EQ(0, run.status) << run.err;
+  EXPECT_EQ(0U, run.out.find("File:         " + name + "\n")) << run.out;
+  const ToolRun index = runTool({"index", name}, options);
+  EXPECT_EQ("Frames:      3\nKey frames:  1\nIndex file:  " + name + ".zo (built)\n", index.out);
+  EXPECT_TRUE(
+      failedWith(runTool({"info", "cam2-12:30.mkv"}, options), "ZO_STATUS_OPEN_ERROR", 20, "cam2-12:30.mkv"));
+}
+
 TEST(ToolInfoTest, SoundOnlyIsADecoderError) {
   TempDir directory;
   ClipOptions options = toolClipOptions(10);

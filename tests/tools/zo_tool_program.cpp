@@ -6,6 +6,7 @@
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -138,6 +139,38 @@ ToolRun RunningTool::wait() {
 ToolRun runTool(const std::vector<std::string>& arguments, const RunOptions& options) {
   RunningTool tool(arguments, options, false);
   return tool.wait();
+}
+
+Pipe::Pipe(const std::string& path) : _path(path) {
+  if (mkfifo(path.c_str(), 0600) != 0) throw std::runtime_error("cannot make a pipe");
+  signal(SIGPIPE, SIG_IGN);
+}
+
+Pipe::~Pipe() {
+  close();
+}
+
+bool Pipe::open(RunningTool& tool) {
+  const bool opened = tool.waitUntil([this] {
+    _fd = ::open(_path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+    return _fd >= 0;
+  });
+  return opened && fcntl(_fd, F_SETFL, 0) == 0;
+}
+
+std::size_t Pipe::write(const std::string& bytes) {
+  std::size_t done = 0;
+  while (done < bytes.size()) {
+    const ssize_t written = ::write(_fd, bytes.data() + done, bytes.size() - done);
+    if (written <= 0) break;
+    done += static_cast<std::size_t>(written);
+  }
+  return done;
+}
+
+void Pipe::close() {
+  if (_fd >= 0) ::close(_fd);
+  _fd = -1;
 }
 
 std::vector<std::string> filesIn(const std::string& folder) {

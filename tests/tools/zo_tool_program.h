@@ -61,6 +61,26 @@ class RunningTool {
   std::string _terminal_text;
 };
 
+/// A named pipe that a test writes into while the program reads it.
+class Pipe {
+ public:
+  explicit Pipe(const std::string& path);
+  ~Pipe();
+  Pipe(const Pipe&) = delete;
+  Pipe& operator=(const Pipe&) = delete;
+
+  const std::string& path() const { return _path; }
+  /// Waits until the program reads; false when it ends without.
+  bool open(RunningTool& tool);
+  /// Returns the number of bytes that the program took, less than asked for when it ended.
+  std::size_t write(const std::string& bytes);
+  void close();
+
+ private:
+  std::string _path;
+  int _fd = -1;
+};
+
 /// Names of the files in a folder, hidden ones too, sorted.
 std::vector<std::string> filesIn(const std::string& folder);
 

@@ -60,6 +60,7 @@ class IndexCommand : public Command {
     const std::string path = _source.url + zo::VideoReader::NAVIGATION_FILE_EXTENSION;
     const bool loaded = IndexFile(path).frames > 0;
     Source source(_source);
+    source.requireRestart();
     source.open(Access::NUMBERED_CACHED);
     source.requireNumbers();
     const IndexFile file(path);

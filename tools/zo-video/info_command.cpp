@@ -127,7 +127,7 @@ class InfoCommand : public Command {
     source.open(Access::NUMBERED);
     const zo::VideoReader& reader = source.reader();
     Info info;
-    info.url = reader.url();
+    info.url = _source.url;
     info.size = reader.size();
     info.format = reader.format();
     info.fps = reader.fps();

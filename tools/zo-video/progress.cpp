@@ -15,6 +15,7 @@ namespace {
 
 constexpr long long FIRST_SHOWN_MS = 500;
 constexpr long long INTERVAL_MS = 100;
+constexpr long long NOT_COUNTED = -1;
 
 std::size_t terminalWidth() {
   winsize size;
@@ -50,12 +51,19 @@ void Progress::update(long long done) {
   show(done, now_ms);
 }
 
+void Progress::updateTime() {
+  update(NOT_COUNTED);
+}
+
 void Progress::show(long long done, long long now_ms) {
   const double seconds = static_cast<double>(now_ms - _start_ms) / 1000.0;
   const double rate = static_cast<double>(done) / seconds;
   char text[160];
   int length;
-  if (_total > 0) {
+  if (done == NOT_COUNTED) {
+    length =
+        std::snprintf(text, sizeof text, "%s  %s so far", _what.c_str(), formatDuration(seconds).c_str());
+  } else if (_total > 0) {
     const double left = rate > 0 ? static_cast<double>(_total - done) / rate : 0;
     length =
         std::snprintf(text, sizeof text, "%lld/%lld %s  %d%%  %.0f/s  %s left", done, _total, _what.c_str(),

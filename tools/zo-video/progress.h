@@ -17,6 +17,8 @@ class Progress {
   Progress& operator=(const Progress&) = delete;
 
   void update(long long done);
+  /// For work that cannot be counted: shows how long it takes so far.
+  void updateTime();
   /// Erases the line.
   void finish();
 

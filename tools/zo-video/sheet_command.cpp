@@ -57,6 +57,7 @@ class SheetCommand : public Command {
   int run() override {
     checkPictureName(_path);
     Source source(_source);
+    source.requireRestart();
     source.open(Access::NUMBERED);
     const long long frames = source.isNumbered() ? source.frameCount() : countFrames(source);
     if (frames == 0) {

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "failure.h"
+#include "progress.h"
 #include "text.h"
 
 namespace zo_tool {
@@ -48,7 +49,32 @@ class NewIndexFile {
   bool _was_there = false;
 };
 
+std::string withoutFileScheme(const std::string& url) {
+  return url.compare(0, 5, "file:") == 0 ? url.substr(5) : url;
+}
+
+/// True for what can only be read once from its start to its end, though it is no network stream.
+bool isPipe(const std::string& url) {
+  struct stat status;
+  if (stat(withoutFileScheme(url).c_str(), &status) != 0) {
+    return url.compare(0, 5, "pipe:") == 0;
+  }
+  return S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode) || S_ISCHR(status.st_mode);
+}
+
+/// The URL of a file: a name with a colon would be taken for a protocol.
+std::string urlOf(const std::string& file) {
+  const std::size_t colon = file.find(':');
+  struct stat status;
+  const bool looks_like_a_protocol =
+      colon != std::string::npos && file.find('/') > colon && file.find("://") == std::string::npos;
+  return looks_like_a_protocol && stat(file.c_str(), &status) == 0 ? "./" + file : file;
+}
+
 }  // namespace
+
+Source::Source(const SourceOptions& options)
+    : _options(options), _url(urlOf(options.url)), _is_pipe(isPipe(_url)) {}
 
 void Source::failOutOfRange(long long index, long long count) const {
   fail(zo::ZO_STATUS_OUT_OF_RANGE, "there is no frame %lld: '%s' has %lld, counted from 0", index,
@@ -58,11 +84,13 @@ void Source::failOutOfRange(long long index, long long count) const {
 void Source::openReader(bool navigation, bool cached) {
   std::unique_ptr<NewIndexFile> p_index_file;
   if (cached) {
-    p_index_file = std::make_unique<NewIndexFile>(_options.url + zo::VideoReader::NAVIGATION_FILE_EXTENSION);
+    p_index_file = std::make_unique<NewIndexFile>(_url + zo::VideoReader::NAVIGATION_FILE_EXTENSION);
   }
   try {
-    if (_reader.open(_options.url.c_str(), _options.timeoutMs(), &_stop_request, navigation,
-                     _options.skip_errors, cached) != 0) {
+    Progress progress("opening", 0);
+    StopRequest stop_request(&progress);
+    if (_reader.open(_url.c_str(), _options.timeoutMs(), &stop_request, navigation, _options.skip_errors,
+                     cached) != 0) {
       throw Stopped();
     }
   } catch (const zo::Exception& e) {
@@ -80,6 +108,9 @@ void Source::openReader(bool navigation, bool cached) {
 }
 
 void Source::open(Access access) {
+  if (_is_pipe) {
+    access = Access::IN_ORDER;
+  }
   _index_failure = zo::Exception();
   _may_reopen = access != Access::IN_ORDER && !isNetworkUrl(_options.url);
   try {
@@ -126,11 +157,20 @@ void Source::goTo(long long index) {
     checkStop();
     return;
   }
+  Progress progress("frames passed", index);
   zo::Frame frame;
   while (_reader.frameIndex() < index - 1) {
     if (!read(frame)) {
       failOutOfRange(index, _reader.frameIndex() + 1);
     }
+    progress.update(_reader.frameIndex() + 1);
+  }
+}
+
+void Source::requireRestart() const {
+  if (_is_pipe) {
+    fail(zo::ZO_STATUS_NOT_ALLOWED, "'%s' can be read only once, in order: save it as a file first",
+         _options.url.c_str());
   }
 }
 

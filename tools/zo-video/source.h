@@ -17,9 +17,9 @@ enum class Access {
 /// The video that a command works on. Every call throws Stopped once a signal asked to end.
 class Source {
  public:
-  explicit Source(const SourceOptions& options) : _options(options) {}
+  explicit Source(const SourceOptions& options);
 
-  /// A file that cannot be gone through for its index is opened to be read in order instead.
+  /// A file that cannot be gone through for its index, and a pipe, are opened to be read in order instead.
   void open(Access access);
 
   /// True when the frames have numbers that can be gone to.
@@ -39,6 +39,9 @@ class Source {
   /// Throws ZO_STATUS_OUT_OF_RANGE: the video has only that many frames.
   [[noreturn]] void failOutOfRange(long long index, long long count) const;
 
+  /// Throws ZO_STATUS_NOT_ALLOWED for a pipe or the like, which cannot be started again. Reads nothing.
+  void requireRestart() const;
+
   /// Throws unless the frames have numbers: why indexing failed, or ZO_STATUS_NOT_ALLOWED.
   void requireNumbers() const;
 
@@ -47,6 +50,8 @@ class Source {
   bool readFrame(zo::Frame& frame);
 
   const SourceOptions& _options;
+  const std::string _url;  // for the library; messages name what the user gave
+  const bool _is_pipe;
   zo::VideoReader _reader;
   StopRequest _stop_request;
   bool _numbered = false;

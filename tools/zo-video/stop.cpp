@@ -6,6 +6,8 @@
 #include <climits>
 #include <cstring>
 
+#include "progress.h"
+
 namespace zo_tool {
 
 namespace {
@@ -55,6 +57,9 @@ void checkStop() {
 }
 
 int StopRequest::isInterrupted() {
+  if (_p_progress != nullptr) {
+    _p_progress->updateTime();
+  }
   return stop_signal != 0;
 }
 

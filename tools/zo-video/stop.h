@@ -20,10 +20,17 @@ int stopSignal();
 /// Throws Stopped when a signal asked to end.
 void checkStop();
 
+class Progress;
+
 /// Hands the wish to end to a reader that is blocked in the demuxer.
 class StopRequest : public zo::IInterruptable {
  public:
+  /// @param p_progress  Shows how long the reader has been asking, null for nothing. It is not owned.
+  explicit StopRequest(Progress* p_progress = nullptr) : _p_progress(p_progress) {}
   int isInterrupted() override;
+
+ private:
+  Progress* _p_progress;
 };
 
 /// Names the half-written file to be deleted should a second signal end the program at once; null for none.

@@ -52,6 +52,7 @@ class VerifyCommand : public Command {
 
   int run() override {
     Source source(_source);
+    source.requireRestart();
     source.open(Access::NUMBERED);
     source.requireNumbers();
     const std::vector<Fingerprint> in_order = readInOrder(source);
