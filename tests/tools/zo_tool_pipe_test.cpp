@@ -14,9 +14,12 @@ using zo::test::ToolRun;
 /// What cannot be gone back in is read once, in order.
 class ToolPipeTest : public testing::Test {
  protected:
-  /// A clip with an index and many clusters, which invites going to its end.
+  /// A clip of many clusters and few key frames, larger than what is read ahead.
   std::string clipBytes(int frames) {
     zo::test::ClipOptions options = zo::test::toolClipOptions(frames);
+    options.width = 320;
+    options.height = 240;
+    options.gop = 160;
     options.muxer_options["cluster_time_limit"] = "400";
     return zo::test::readFile(zo::test::makeToolClip(directory, "clip.mkv", options));
   }
