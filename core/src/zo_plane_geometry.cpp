@@ -10,6 +10,9 @@ namespace {
 constexpr uint64_t MAX_STRIDE = INT_MAX;
 constexpr uint64_t MAX_BLOCK_BYTES = PTRDIFF_MAX;
 
+// The scaler makes packed pixels in blocks, and leaves out one that a row has no room for.
+constexpr uint64_t BLOCK_PIXELS = 16;
+
 uint64_t half(int length) {
   return (static_cast<uint64_t>(length) + 1) / 2;
 }
@@ -84,7 +87,12 @@ BlockLayout allocationLayout(FrameFormat format, Size size, unsigned alignment) 
   uint64_t bytes = 0;
   for (unsigned i = 0; i < layout.plane_count; ++i) {
     const PlaneExtent extent = planeExtent(format, size, i);
-    const uint64_t stride = alignUp(extent.row_bytes, row_alignment);
+    uint64_t row_bytes = extent.row_bytes;
+    if (alignment == 0) {
+      const uint64_t width = static_cast<uint64_t>(size.width);
+      row_bytes += (alignUp(width, BLOCK_PIXELS) - width) * (row_bytes / width);
+    }
+    const uint64_t stride = alignUp(row_bytes, row_alignment);
     if (stride > MAX_STRIDE) {
       throw std::bad_alloc();
     }

@@ -40,6 +40,45 @@ bool coversPlanes(const AVFrame* p_picture, const Frame& dst) {
   return true;
 }
 
+bool isPlanar(FrameFormat format) {
+  return format == ZO_FRAME_FORMAT_YUV420_PLANAR_I420 || format == ZO_FRAME_FORMAT_YUV422_PLANAR;
+}
+
+bool isPackedYuv(FrameFormat format) {
+  return format == ZO_FRAME_FORMAT_YUV422_PACKED_YUY2 || format == ZO_FRAME_FORMAT_YUV422_PACKED_UYVY;
+}
+
+// The scaler's routines for pictures that keep their size make packed pixels in pairs, and some of them leave
+// out the last one of an odd row, as it was before.
+bool leavesLastColumn(FrameFormat from, FrameFormat to, Size size, VideoConverter::ScaleAlgorithm algorithm) {
+  if (size.width % 2 == 0 || !isPlanar(from)) {
+    return false;
+  }
+  if (to == ZO_FRAME_FORMAT_RGB24 || to == ZO_FRAME_FORMAT_BGR24) {
+    return size.height % 2 == 0;
+  }
+  return isPackedYuv(to) &&
+         (from == ZO_FRAME_FORMAT_YUV422_PLANAR || algorithm == VideoConverter::ZO_SCALE_ALGORITHM_NEAREST);
+}
+
+// Others make chroma of pairs of rows, and leave out that of the last one of an odd number.
+bool leavesLastChromaRow(FrameFormat from, FrameFormat to, Size size) {
+  return size.height % 2 != 0 && isPackedYuv(from) && to == ZO_FRAME_FORMAT_YUV420_PLANAR_I420;
+}
+
+// That row has no other to be averaged with.
+void makeLastChromaRow(FrameFormat from, const uint8_t* p_last_row, Frame& dst) {
+  const unsigned first = from == ZO_FRAME_FORMAT_YUV422_PACKED_YUY2 ? 1 : 0;
+  for (unsigned plane = 1; plane < 3; ++plane) {
+    const uint8_t* p_source = p_last_row + first + 2 * (plane - 1);
+    uint8_t* p_target =
+        dst.planeData(plane) + std::size_t{dst.planeStride(plane)} * (dst.planeRows(plane) - 1);
+    for (unsigned x = 0; x < dst.planeRowBytes(plane); ++x) {
+      p_target[x] = p_source[4 * std::size_t{x}];
+    }
+  }
+}
+
 AVPixelFormat withoutFullRange(AVPixelFormat format) {
   switch (format) {
     case AV_PIX_FMT_YUVJ420P:
@@ -104,7 +143,15 @@ void VideoConverter::Impl::convert(const Frame& src, FrameFormat dst_format, Siz
   const AVPixelFormat src_av_format = frameFormatToAvPixelFormat(src.format());
   const AVPixelFormat dst_av_format = frameFormatToAvPixelFormat(dst_format);
   const int flags = videoConvertorAlgorithmToAvScaleFlags(algorithm);
-  prepareScaler(src.size(), src_av_format, dst_size, dst_av_format, flags, FUNCTION);
+  Size scaler_src_size = src.size();
+  Size scaler_dst_size = dst_size;
+  const bool same_size = src.size() == dst_size;
+  if (same_size && leavesLastColumn(src.format(), dst_format, dst_size, algorithm)) {
+    // There is room beside the pixels on both sides.
+    ++scaler_src_size.width;
+    ++scaler_dst_size.width;
+  }
+  prepareScaler(scaler_src_size, src_av_format, scaler_dst_size, dst_av_format, flags, FUNCTION);
 
   Frame& target = writable(dst);
   const ScalerPlanes dst_planes = planesOf(target);
@@ -113,6 +160,11 @@ void VideoConverter::Impl::convert(const Frame& src, FrameFormat dst_format, Siz
   if (rows != dst_size.height) {
     throw Exception(nullptr, ZO_STATUS_UNEXPECTED_RESULT, FUNCTION, SOURCE_FILE, __LINE__,
                     "sws_scale() returned %d, expected height_dst(%d)", rows, dst_size.height);
+  }
+  if (same_size && leavesLastChromaRow(src.format(), dst_format, dst_size)) {
+    makeLastChromaRow(src.format(),
+                      src_planes.data[0] + std::ptrdiff_t{src_planes.strides[0]} * (dst_size.height - 1),
+                      target);
   }
   if (&target != &dst) {
     target.copyTo(dst);

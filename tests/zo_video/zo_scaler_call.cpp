@@ -1,7 +1,10 @@
 #include "zo_scaler_call.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <string>
 
+#include "zo_test_compare.h"
 #include "zo_video/zo_ffmpeg_handles.h"
 
 namespace {
@@ -67,6 +70,21 @@ ScalerImage::ScalerImage(const AVFrame* p_frame, AVPixelFormat format_)
     data[i] = p_frame->data[i];
     strides[i] = p_frame->linesize[i];
   }
+}
+
+testing::AssertionResult sameWhereWritten(const Frame& one, const Frame& other, const Frame& actual) {
+  const std::string one_bytes = packedBytes(one);
+  const std::string other_bytes = packedBytes(other);
+  const std::string bytes = packedBytes(actual);
+  if (one_bytes.size() != bytes.size() || other_bytes.size() != bytes.size()) {
+    return testing::AssertionFailure() << "frames of different shapes";
+  }
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    if (one_bytes[i] == other_bytes[i] && one_bytes[i] != bytes[i]) {
+      return testing::AssertionFailure() << "byte " << i << " of " << bytes.size() << " is not the scaler's";
+    }
+  }
+  return testing::AssertionSuccess();
 }
 
 ScaleContextCount::ScaleContextCount() : _before(contexts_set_up) {}

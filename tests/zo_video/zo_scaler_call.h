@@ -29,6 +29,10 @@ struct ScalerImage {
 /// context for these parameters.
 int callScaler(const ScalerImage& source, const ScalerImage& destination, int flags);
 
+/// Equality of all bytes that the scaler wrote: `one` and `other` are its results in frames that held
+/// different bytes before.
+testing::AssertionResult sameWhereWritten(const Frame& one, const Frame& other, const Frame& actual);
+
 /// How many scale contexts sws_getCachedContext() has set up anew since this object was made, in a program
 /// that is linked with --wrap for it.
 class ScaleContextCount {
