@@ -62,8 +62,9 @@ ZO_VIDEO_API void imageSave(const std::string& path, const Frame& frame, int qua
 ///         that has to outlive it.
 /// @throws zo::Exception  ZO_STATUS_INTERNAL_ERROR: the path is empty. ZO_STATUS_NOT_SUPPORTED: another
 ///                        extension. ZO_STATUS_CODEC_ERROR "Failed to encode JPEG frame": no such file,
-///                        not an image, or one too large for the memory there is. A JPEG that ends early or is damaged inside may load with the
-///                        rest made up; imageRead() reports it. std::bad_alloc.
+///                        not an image, or one too large for the memory there is. A JPEG that ends early
+///                        or is damaged inside may load with the rest made up; imageRead() reports it.
+///                        std::bad_alloc.
 ZO_VIDEO_API std::shared_ptr<Frame> imageLoad(const std::string& path);
 
 /// Compresses a GRAY8, RGB24, BGR24, I420 or NV12 frame to JPEG; colour is 4:2:0 up to quality 90 and, for
@@ -77,8 +78,9 @@ ZO_VIDEO_API std::shared_ptr<Buffer> encodeJpeg(const Frame& frame, int quality)
 /// Decodes an image in memory (JPEG; PNG, PGM and PPM as well) to ZO_FRAME_FORMAT_BGR24.
 /// @return A new frame, never null. Its pixels live exactly as long as it.
 /// @throws zo::Exception  ZO_STATUS_INTERNAL_ERROR: p_buffer is null or buffer_size 0. ZO_STATUS_CODEC_ERROR:
-///                        not an image, or one too large for the memory there is. A JPEG that ends early or is damaged inside may come out with the
-///                        rest made up; JpegDecoder reports it. std::bad_alloc.
+///                        not an image, or one too large for the memory there is. A JPEG that ends early
+///                        or is damaged inside may come out with the rest made up; JpegDecoder reports it.
+///                        std::bad_alloc.
 ZO_VIDEO_API std::shared_ptr<Frame> decodeJpeg(const unsigned char* p_buffer, unsigned buffer_size);
 
 }  // namespace zo

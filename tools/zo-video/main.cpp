@@ -107,7 +107,7 @@ std::string parseMessage(const CLI::App& app, const CLI::ParseError& error) {
 std::string optionWithoutValue(const CLI::App& app, const std::vector<std::string>& words) {
   for (std::size_t i = 0; i < words.size() && words[i] != "--"; ++i) {
     const std::size_t equals = words[i].find('=');
-    const std::string name = words[i].substr(0, equals);
+    std::string name = words[i].substr(0, equals);
     const CLI::Option* p_option = name.compare(0, 2, "--") == 0 ? app.get_option_no_throw(name) : nullptr;
     if (p_option == nullptr || p_option->get_items_expected_min() == 0) {
       continue;
