@@ -14,7 +14,7 @@ constexpr int MAX_SCANS = 200;
 // A header can claim any size. Flat pictures pack thousands of pixels into a byte, no more, unless they are
 // coded arithmetically: then any number, of which a large photograph's is let through.
 constexpr uint64_t FREE_PIXELS = 1u << 22;
-constexpr uint64_t FREE_ARITHMETIC_PIXELS = 1u << 26;
+constexpr uint64_t FREE_ARITHMETIC_PIXELS = 1u << 25;
 constexpr uint64_t PIXELS_PER_BYTE = 1u << 14;
 
 constexpr JDIMENSION ROWS_AT_A_TIME = 16;

@@ -34,6 +34,7 @@ int seekStream(AVFormatContext* p_format, int stream_index, int64_t target, int 
 /// True where a decoder may have finished several pictures with one packet and keeps the others: unless they
 /// are asked for, it takes no more packets.
 bool decodersQueuePictures();
+
 /// Makes a decoder forget all that it was given, pictures that it has finished included.
 /// @param p_spare  Loses what it holds.
 void flushDecoder(AVCodecContext* p_codec, AVFrame* p_spare);

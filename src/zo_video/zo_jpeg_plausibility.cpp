@@ -9,6 +9,11 @@ namespace {
 // Smaller pictures do no harm when their data turns out to be short.
 constexpr uint64_t LARGE_PICTURE_PIXELS = uint64_t{4096} * 4096;
 
+// What is let through where nothing tells how little data such a picture may have: arithmetic coding has no
+// least number of bits per block, and what has no header to be found cannot be judged.
+constexpr uint64_t FREE_PIXELS = uint64_t{1} << 25;
+constexpr uint64_t PIXELS_PER_BYTE = uint64_t{1} << 14;
+
 constexpr unsigned MARKER_SOF0 = 0xC0;  // Huffman-coded frame headers: from baseline ...
 constexpr unsigned MARKER_SOF2 = 0xC2;  // ... to progressive
 constexpr unsigned MARKER_SOF15 = 0xCF;
@@ -98,12 +103,10 @@ bool jpegDataCanHold(const unsigned char* p_data, unsigned size, Size picture) n
     return true;
   }
   const FrameHeader header = findFrameHeader(p_data, size);
-  // Arithmetic coding has no least number of bits per block.
-  if (header.marker < MARKER_SOF0 || header.marker > MARKER_SOF2 || header.length < 6) {
-    return true;
-  }
-  if (big16(header.p_body + 3) != width || big16(header.p_body + 1) != height) {
-    return true;
+  const bool judged = header.marker >= MARKER_SOF0 && header.marker <= MARKER_SOF2 && header.length >= 6 &&
+                      big16(header.p_body + 3) == width && big16(header.p_body + 1) == height;
+  if (!judged) {
+    return width * height <= FREE_PIXELS + PIXELS_PER_BYTE * size;
   }
   // The first scan codes each block of at least one component, with at least one bit for its mean value
   // and, unless progressive, one more for the end of the block.

@@ -401,6 +401,27 @@ TEST(JpegDecoder, RefusesASmallFileThatClaimsAnEnormousPictureWithoutMakingRoomF
   }
 }
 
+// Arithmetic coding has no least size, but some claims are beyond reason.
+TEST(JpegDecoder, RefusesAFewArithmeticallyCodedBytesThatClaimAnEnormousPicture) {
+  for (const bool progressive : {false, true}) {
+    LibjpegOptions options;
+    options.arithmetic = true;
+    options.progressive = progressive;
+    options.flat = true;
+    Bytes jpeg = libjpegEncode(Size(64, 64), options);
+    for (std::size_t at = 0; at + 9 < jpeg.size(); ++at) {
+      if (jpeg[at] == 0xFF && (jpeg[at + 1] == 0xC9 || jpeg[at + 1] == 0xCA)) {
+        jpeg[at + 5] = jpeg[at + 7] = 65500 / 256;
+        jpeg[at + 6] = jpeg[at + 8] = 65500 % 256;
+      }
+    }
+    ASSERT_EQ(Size(65500, 65500), jpegHeader(jpeg).size);
+    Frame frame;
+    EXPECT_ZO_EXCEPTION(decodeInto(jpeg, frame), ZO_STATUS_CODEC_ERROR, FAILED, "checkDecoderError");
+    EXPECT_FALSE(frame.initialized());
+  }
+}
+
 struct LargeCase {
   const char* name;
   bool progressive;
